@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/filerecord.h"
+#include "core/image.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <cstdint>
+#include <vector>
+
+/// One row of the layer mode table, in the order of the layer dialog's combo box.
+struct LayerModeEntry {
+    const char *name;
+    int id;
+    bool useFactor;    ///< the result depends on the layer's factor
+    bool opaqueSource; ///< the mode treats its source as opaque
+};
+/// All 62 layer modes.
+const std::vector<LayerModeEntry> &layerModeTable();
+
+/// The state that the lower floors share, and the few things they ask of whoever runs
+/// the program. MainWindow is a Workspace; kestrane-batch and the tests have their own.
+/// The constructor sets the global pointer, so an image can be made right after it.
+class Workspace
+{
+public:
+    Workspace();
+    virtual ~Workspace();
+    Workspace(const Workspace &) = delete;
+    Workspace &operator=(const Workspace &) = delete;
+
+    // --- Images -----------------------------------------------------------------------
+    /// Atomic images and masters that have a window; layers are reached by their masters.
+    QList<image *> images;
+    uint16_t imageSerial = 0; ///< last serial given to an image
+    image *brushImage = nullptr;
+    image *originImage = nullptr;
+    FileRecord fileRecord; ///< used by the load dispatch when a caller passes none
+
+    /// Gives an image the next serial and rebuilds its title.
+    void giveSerial(image *img);
+    /// Whether a pointer is a live image: not null and its mark matches. Only for
+    /// pointers whose memory is known to stand; otherwise use ownsImage.
+    static bool validImage(const image *img);
+    /// Whether a pointer is in the image list, or a layer or master of one in it. Reads
+    /// nothing through the pointer itself.
+    bool ownsImage(const image *img) const;
+    void assignBrush(image *img);
+    void assignOrigin(image *img);
+    /// Ends the assignments that point at this image, with their notifications.
+    void forgetImage(const image *img);
+
+    // --- Tables, in tracked memory ------------------------------------------------------
+    uint8_t *colorCount = nullptr;    ///< set bits of each byte value
+    uint32_t *cvt8to32 = nullptr;     ///< entry i is i x 0x01010101
+    uint16_t *colorMapRed = nullptr;  ///< look-up tables of the tone operators
+    uint16_t *colorMapGreen = nullptr;
+    uint16_t *colorMapBlue = nullptr;
+
+    // --- Settings (see settings() for their keys and defaults) --------------------------
+    int maxUndos = 10;
+    int xDpi = 300, yDpi = 300;
+    double scaleMemory = 1.0;
+    QString mainAnnotation, mainAuthor, mainCopyright;
+    int jpegImageQuality = 90;
+    bool saveEXIF = true;
+    bool imgClose = true; ///< ask before the last view of a changed image closes
+    int zoomSteps = 1;    ///< steps of the zoom table per doubling
+    bool checkerOn = true;
+    int checkerDark = 118, checkerLight = 138;
+    bool gridState = false, gridColorToggle = false;
+    bool rememberPosition = true;
+    int curveMode = 1; ///< blend curve: 0 conical, 1 flat, 2 maximum axis, 3 sine
+    double curveAmplitude = 1.0;
+    double curveFloor = 0.0;
+    int curveFactor = 0; ///< index in the factor list
+    bool invertSelection = false;
+    bool selectMode = false;
+    bool thumbnail = true; ///< the preview shows the whole image
+    bool opsX2Preview = false;
+    int mainOpIndex = 0; ///< id of the current operator, 0 for none
+    int foreRed = 0, foreGreen = 0, foreBlue = 0;             ///< 16-bit components
+    int backRed = 65535, backGreen = 65535, backBlue = 65535; ///< 16-bit components
+    int blendMode = 0;   ///< 0 to 10; not stored, 0 at each start
+    int rgbaDepth = 64;  ///< answer of the batch tool to the depth question
+    bool maskWithTargetAlpha = false;
+
+    /// Minima of red, green, blue, then maxima, then averages: written by Sample.
+    int32_t sampleStatistics[9] = {};
+
+    /// One setting that lives in a field of the workspace.
+    struct Setting {
+        const char *key;
+        enum class Type { Bool, Int, Double, Text } type;
+        void *field;
+        double low, high; ///< inclusive range of a number; both 0: any
+        bool stored;      ///< kept in the settings store between runs
+    };
+    const std::vector<Setting> &settings() const { return settingTable; }
+    /// Sets one setting from text. False with a reason for an unknown key or bad value.
+    bool setSetting(const QString &key, const QString &value, QString *error);
+    /// The value of one setting as text, null for an unknown key.
+    QString settingText(const QString &key) const;
+
+    // --- Notifications: harmless by default ----------------------------------------------
+    /// All views of an image are to be rendered again.
+    virtual void refreshViews(image *img);
+    /// A line for the status bar.
+    virtual void statusText(const QString &text);
+    /// A message with a single button. The text may hold mark-up.
+    virtual void messageBox(const QString &title, const QString &text);
+    /// A question; returns the index of the button chosen. The going-on answer is the
+    /// one that batch work gives by itself.
+    virtual int question(const QString &title, const QString &text, const QStringList &buttons,
+                         int goingOnAnswer, int defaultAnswer);
+    /// The JPEG quality of this save, 1 to 100, preset with jpegImageQuality.
+    /// Returns false if the person gave the save up.
+    virtual bool askQuality(int *quality, bool forPng);
+    /// Progress of long work, done out of total; an empty text or total 0 ends it.
+    virtual void progress(const QString &text, int64_t done, int64_t total);
+    /// Whether the person asked to stop the long work that is going on.
+    virtual bool cancelRequested();
+    virtual void brushCleared();
+    virtual void originCleared();
+    /// An image was read and asked to be shown: opens a view of it.
+    virtual void showImage(image *img, const FileRecord &record);
+    /// Closes all windows of an image without a question; the image stays.
+    virtual void closeWindowsOf(image *img);
+    /// The undo and redo lists of an image changed.
+    virtual void undoStateChanged(image *img);
+    /// The preview of the current operator is out of date.
+    virtual void previewOutdated();
+    /// Where an area selection is to be dropped because its image turned or changed size.
+    virtual void clearAreaSelection(image *img);
+
+private:
+    std::vector<Setting> settingTable;
+    void buildSettings();
+    bool buildTables();
+};
+
+/// The one workspace, or null before it exists.
+Workspace *workspace();
+
+/// As `value` in the plain C locale, whatever the user's.
+QString numberText(double value);

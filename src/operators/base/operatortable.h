@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+class OpPage;
+class OpWrapper;
+class QSettings;
+class colorblending;
+class image;
+
+/// All operators in id order, and the way from a pressed Apply to changed pixels.
+class OperatorTable
+{
+public:
+    OperatorTable();
+    ~OperatorTable();
+
+    const std::vector<OpWrapper *> &operators() const { return opList; }
+    OpWrapper *byId(int id) const;
+    OpWrapper *byScriptName(const QString &name) const;
+    OpWrapper *current() const { return byId(currentOp); }
+
+    /// Runs the current operator on `target` with undo record, flags and stamp. The mask
+    /// is used as it stands. `fromWindow`: the call comes from a window on that image.
+    void apply(image *target, bool fromWindow);
+    /// Shapes the mask by the blend curve, inverts it if that is set, then applies.
+    void prepareAndApply(image *target, bool fromWindow);
+
+    /// Whether an operator may work on a master's own pixels or fields.
+    static bool allowedOnMaster(int id);
+    /// Whether Apply records undo for this operator.
+    static bool recordsUndo(int id);
+
+    /// Reads or writes the parameters and hotkeys of all operators; without a store set
+    /// nothing is read or written.
+    void settings(bool save);
+    /// The store that operators use, borrowed; null (the default) keeps them away from it.
+    QSettings *store = nullptr;
+
+    int currentOp = 0; ///< id of the current operator, 0 for none
+    int lastOp = 0;    ///< id of the last operator applied to a real image
+    QString prefix;    ///< "operator": start of all settings keys
+    bool inPreview = false;
+    bool suppressOnce = false;
+    OpPage *page = nullptr; ///< the page that shows the current operator, if any
+    colorblending *blending = nullptr; ///< borrowed
+
+    /// The three small images of the preview: a change to them is no act of the user.
+    image *preview = nullptr;
+    image *previewHalf = nullptr;
+    image *previewThumb = nullptr;
+    bool isInternal(const image *img) const;
+
+private:
+    void add(int id, int group, const char *scriptName, const char *menuName,
+             const char *helpPage, std::unique_ptr<OpWrapper> op);
+    std::vector<std::unique_ptr<OpWrapper>> owned;
+    std::vector<OpWrapper *> opList;
+};

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+/// What an operator's build step may ask of the page that shows its controls. The dialog
+/// implements it with widgets; operators know no widget. Each add function returns the
+/// index in the pool of its kind, or -1 when the pool is used up.
+class OpPage
+{
+public:
+    virtual ~OpPage() = default;
+
+    /// A label in its row, then a slider in the next. With `showValue` the label is
+    /// followed by the value in a fixed-width face, `unit` after it.
+    virtual int addSlider(const QString &label, int low, int high, int value, bool showValue,
+                          const QString &unit = QString()) = 0;
+    virtual int addIntSpin(int low, int high, int value, bool advance) = 0;
+    virtual int addDoubleSpin(double low, double high, double step, int decimals, double value,
+                              bool advance) = 0;
+    virtual int addCombo(const QStringList &names, int index, bool advance) = 0;
+    virtual int addComboData(const QStringList &names, const QVariantList &values, int index,
+                             bool advance) = 0;
+    virtual int addCheck(const QString &text, bool state, bool advance) = 0;
+    virtual int addButton(const QString &text, bool advance) = 0;
+    enum class LabelAlign { Left, Right, Centre };
+    virtual int addLabel(const QString &text, LabelAlign align, bool advance) = 0;
+    virtual int addLine(const QString &text, bool advance) = 0;
+    virtual int addEditor(const QString &text) = 0;
+    /// A colour well; the components are 16-bit, of which the top byte is shown.
+    virtual int addWell(int red, int green, int blue, bool advance) = 0;
+
+    /// Shows new values in controls that exist, without their signals.
+    virtual void setSlider(int index, int value) = 0;
+    virtual void setIntSpin(int index, int value) = 0;
+    virtual void setDoubleSpin(int index, double value) = 0;
+    virtual void setCombo(int index, int value) = 0;
+    virtual void setCheck(int index, bool state) = 0;
+    virtual void setLine(int index, const QString &text) = 0;
+};
