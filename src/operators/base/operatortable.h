@@ -17,6 +17,10 @@ class OperatorTable
 {
 public:
     OperatorTable();
+    /// Adds one row; rows are added in id order.
+    void add(int id, int group, const char *scriptName, const char *menuName,
+             const char *helpPage, std::unique_ptr<OpWrapper> op);
+
     ~OperatorTable();
 
     const std::vector<OpWrapper *> &operators() const { return opList; }
@@ -56,8 +60,6 @@ public:
     bool isInternal(const image *img) const;
 
 private:
-    void add(int id, int group, const char *scriptName, const char *menuName,
-             const char *helpPage, std::unique_ptr<OpWrapper> op);
     std::vector<std::unique_ptr<OpWrapper>> owned;
     std::vector<OpWrapper *> opList;
 };

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/filerecord.h"
+
+#include <QDialog>
+#include <QImage>
+#include <QList>
+#include <QPoint>
+#include <QPointF>
+
+#include <cstdint>
+
+class QKeyEvent;
+class image;
+
+constexpr uint32_t kWindowMark = 0xBDEEEAFD;
+constexpr int kZoomEntries = 510;
+constexpr int kZoomsFilled = 502;
+
+/// Commands that the design leaves free and this program uses.
+enum WindowCommandNumber {
+    kCommandCentre = 1,
+    kCommandZoomOne = 2,
+    kCommandHome = 3,
+    kCommandUndo = 14,
+    kCommandShowAtOne = 15,
+    kCommandZoomIn = 16,
+    kCommandZoomOut = 17,
+    kCommandFitView = 18,
+    kCommandSelectEntire = 19,
+    kCommandSelectNone = 20,
+    kCommandInvertMask = 21,
+    kCommandClone = 31,
+    kCommandCloneScaled = 32,
+    kCommandRedo = 37,
+    kCommandRestoreCrop = 41,
+    kCommandRename = 45,
+    kCommandClose = 46,
+    kCommandAnotherView = 47,
+    kCommandSave = 48,
+    kCommandSaveAs = 49,
+    kCommandApply = 50,
+    kCommandQuarterTurn = 51,
+    kCommandFitWindow = 52,
+    kCommandRevert = 113,
+    kCommandLoadDialog = 115,
+    kCommandNewDialog = 116,
+    kCommandRecentFirst = 117,
+    kCommandGroupUndo = 150,
+    kCommandFillScreen = 152,
+    kCommandGroupRedo = 153,
+    kCommandFrameMargins = 155
+};
+
+/// One view onto one image: zoom, pan, the picture, mouse and keys. A free-standing
+/// window; several may show the same image, sharing its planes.
+class imgWindow : public QDialog
+{
+    Q_OBJECT
+public:
+    explicit imgWindow(image *shown);
+    ~imgWindow() override;
+
+    bool valid() const { return validMark == kWindowMark; }
+    /// The window and its image are both live.
+    bool validImage() const;
+
+    QPoint imageToWindow(QPointF position) const;
+    /// A distance in window pixels, in image samples.
+    QPointF scaleToImage(double x, double y) const;
+    /// A window position as an image position.
+    QPointF windowToImage(double x, double y) const;
+    /// The same, rounded to whole samples.
+    QPoint windowToSample(double x, double y) const;
+
+    /// Sizes the window to image size x scale and repaints.
+    void showAt(double scale);
+    /// Recomputes the fit, renders anew, repaints.
+    void repaintAll();
+    /// Renders anew and repaints, keeping size, zoom and pan.
+    void refresh();
+    /// Runs a window command, 1 to 155.
+    void command(int number);
+    /// Fills the zoom table from the setting zoomSteps and stands at scale 1.
+    void buildZooms();
+    /// Shapes the mask and applies the current operator to the window's image.
+    void applyHere();
+    void prepareAndApply(image *target);
+    /// Sizes the client area to the image's aspect. With `open` the largest preset zoom
+    /// that fits the desktop is taken first.
+    void fit(bool open);
+    /// width / (height x (xDpi / yDpi)) of the image.
+    double shownAspect() const;
+
+    image *img = nullptr;
+    float *zooms = nullptr; ///< tracked, kZoomEntries entries
+    QList<int> presetZooms; ///< indices of the whole powers of two
+    int unityIndex = 100;
+    bool waitingPaint = false;
+    bool paintOverlayOnly = false;
+    bool rebuildCache = true;
+    int panX = 0, panY = 0;
+    int savedPanX = 0, savedPanY = 0;
+    int previewX = 0, previewY = 0; ///< origin of the operator preview's crop
+    float zoom = 1.0F;
+    int zoomIndex = 100;
+    int lastKey = 0;
+    bool control = false, shift = false, alt = false, meta = false;
+    uint32_t validMark = 0;
+    QImage cache;
+    QKeyEvent *event_ = nullptr;
+    FileRecord bag;
+
+public slots:
+    void ona10to1triggered();
+    void ona9to1triggered();
+    void ona8to1triggered();
+    void ona7to1triggered();
+    void ona6to1triggered();
+    void ona5to1triggered();
+    void ona4to1triggered();
+    void ona3to1triggered();
+    void ona2to1triggered();
+    void ona1to1triggered();
+    void ona1to2triggered();
+    void ona1to3triggered();
+    void ona1to4triggered();
+    void ongridchangetriggered();
+    void inTheBalls();
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+    // The rest of the class belongs to the views floor and may grow there.
+private:
+    bool painting = false;
+    bool fitting = false;
+};

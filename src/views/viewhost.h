@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QList>
+#include <QPointF>
+#include <QUrl>
+
+class OperatorTable;
+class QKeyEvent;
+class image;
+class imgWindow;
+
+/// What image windows and the operator dialog ask of the main window. MainWindow is one;
+/// tests have a small one of their own.
+class ViewHost
+{
+public:
+    ViewHost();
+    virtual ~ViewHost();
+
+    QList<imgWindow *> windows;         ///< all open views
+    imgWindow *currentWindow = nullptr; ///< only trusted after validCurrent()
+    bool shuttingDown = false;
+    bool closingAll = false;
+    bool pendingDiscard = false; ///< a master is to be destroyed by the timer
+    image *pendingDiscardImage = nullptr;
+
+    /// The current window if it is in the list and both validity marks match, else null.
+    imgWindow *validCurrent() const;
+    /// A window on this image, or null.
+    imgWindow *findWindow(const image *img) const;
+    QList<imgWindow *> windowsOf(const image *img) const;
+    bool isWindow(const imgWindow *window) const { return windows.contains(const_cast<imgWindow *>(window)); }
+
+    /// The operators, or null while there are none.
+    virtual OperatorTable *operatorTable();
+    virtual void makeCurrent(imgWindow *window);
+    /// A window command starts or is over; `centre` is the client centre in image samples.
+    virtual void commandRunning(bool running, QPointF centre);
+    virtual void showLoadDialog();
+    virtual void showNewImageDialog();
+    virtual void showSaveDialog(imgWindow *window, bool flat);
+    virtual void openRecentFile(int position);
+    virtual void openUrls(const QList<QUrl> &urls);
+    /// Enabled states of menus and buttons may have changed.
+    virtual void updateMenus();
+    /// Source image and preview of the operator dialog are out of date.
+    virtual void refreshOperatorSource();
+    /// Applies the current operator to the current window: the Apply button's work.
+    virtual void operate();
+    /// A key that no window command is bound to; true if it was taken.
+    virtual bool globalKey(QKeyEvent *event);
+    /// The mouse stands over this sample of the image (outside: x is -1).
+    virtual void pointerOver(imgWindow *window, int x, int y);
+    virtual void openView(image *img);
+    /// The window is going: it is out of the list already.
+    virtual void windowClosed(imgWindow *window);
+    /// Margins that the window manager puts around a window.
+    virtual void recordFrameMargins(imgWindow *window);
+};
+
+/// The one host, or null before it exists.
+ViewHost *viewHost();
