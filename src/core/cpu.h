@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-
 /// Instruction sets for which the hot kernels are compiled. All give the same bits.
 enum class KernelLevel { Baseline, Avx2, Avx512 };
 

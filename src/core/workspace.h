@@ -55,9 +55,9 @@ public:
     void forgetImage(const image *img);
 
     // --- Tables, in tracked memory ------------------------------------------------------
-    uint8_t *colorCount = nullptr;    ///< set bits of each byte value
-    uint32_t *cvt8to32 = nullptr;     ///< entry i is i x 0x01010101
-    uint16_t *colorMapRed = nullptr;  ///< look-up tables of the tone operators
+    uint8_t *colorCount = nullptr;   ///< set bits of each byte value
+    uint32_t *cvt8to32 = nullptr;    ///< entry i is i x 0x01010101
+    uint16_t *colorMapRed = nullptr; ///< look-up tables of the tone operators
     uint16_t *colorMapGreen = nullptr;
     uint16_t *colorMapBlue = nullptr;
 
@@ -82,11 +82,11 @@ public:
     bool selectMode = false;
     bool thumbnail = true; ///< the preview shows the whole image
     bool opsX2Preview = false;
-    int mainOpIndex = 0; ///< id of the current operator, 0 for none
-    int foreRed = 0, foreGreen = 0, foreBlue = 0;             ///< 16-bit components
+    int mainOpIndex = 0;                          ///< id of the current operator, 0 for none
+    int foreRed = 0, foreGreen = 0, foreBlue = 0; ///< 16-bit components
     int backRed = 65535, backGreen = 65535, backBlue = 65535; ///< 16-bit components
-    int blendMode = 0;   ///< 0 to 10; not stored, 0 at each start
-    int rgbaDepth = 64;  ///< answer of the batch tool to the depth question
+    int blendMode = 0;  ///< 0 to 10; not stored, 0 at each start
+    int rgbaDepth = 64; ///< answer of the batch tool to the depth question
     bool maskWithTargetAlpha = false;
 
     /// Minima of red, green, blue, then maxima, then averages: written by Sample.

@@ -30,7 +30,10 @@ public:
     /// A window on this image, or null.
     imgWindow *findWindow(const image *img) const;
     QList<imgWindow *> windowsOf(const image *img) const;
-    bool isWindow(const imgWindow *window) const { return windows.contains(const_cast<imgWindow *>(window)); }
+    bool isWindow(const imgWindow *window) const
+    {
+        return windows.contains(const_cast<imgWindow *>(window));
+    }
 
     /// The operators, or null while there are none.
     virtual OperatorTable *operatorTable();

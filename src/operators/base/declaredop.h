@@ -9,10 +9,10 @@
 /// How a parameter is shown. Make one with slider(), spin(), choice() or check().
 struct OpControl {
     enum class Kind { None, Slider, IntSpin, DoubleSpin, Combo, Check } kind = Kind::None;
-    const char *label = "";             ///< marked with QT_TR_NOOP
-    std::vector<const char *> choices;  ///< of a combo, in the order of their values
-    double step = 1;                    ///< of a double spin box
-    int decimals = 0;                   ///< of a double spin box
+    const char *label = "";            ///< marked with QT_TR_NOOP
+    std::vector<const char *> choices; ///< of a combo, in the order of their values
+    double step = 1;                   ///< of a double spin box
+    int decimals = 0;                  ///< of a double spin box
     const char *unit = "";
 };
 OpControl slider(const char *label, const char *unit = "");
@@ -25,9 +25,9 @@ OpControl check(const char *label);
 /// place in the script line and decides its control's index within its kind.
 struct OpParameter {
     std::variant<int *, double *, bool *> field;
-    const char *key;         ///< settings key after the "operator" prefix
+    const char *key;          ///< settings key after the "operator" prefix
     double low = 0, high = 0; ///< inclusive; both 0: any value
-    double initial = 0;      ///< what reset gives
+    double initial = 0;       ///< what reset gives
     OpControl control;
     bool keptByReset = false;
     bool inScriptLine = true;

@@ -18,8 +18,8 @@ class OperatorTable
 public:
     OperatorTable();
     /// Adds one row; rows are added in id order.
-    void add(int id, int group, const char *scriptName, const char *menuName,
-             const char *helpPage, std::unique_ptr<OpWrapper> op);
+    void add(int id, int group, const char *scriptName, const char *menuName, const char *helpPage,
+             std::unique_ptr<OpWrapper> op);
 
     ~OperatorTable();
 
@@ -50,7 +50,7 @@ public:
     QString prefix;    ///< "operator": start of all settings keys
     bool inPreview = false;
     bool suppressOnce = false;
-    OpPage *page = nullptr; ///< the page that shows the current operator, if any
+    OpPage *page = nullptr;            ///< the page that shows the current operator, if any
     colorblending *blending = nullptr; ///< borrowed
 
     /// The three small images of the preview: a change to them is no act of the user.

@@ -19,8 +19,8 @@ public:
     double blend(double a, double b, double t);
 
     int blendMode = 0;
-    int32_t channel = 0;       ///< counts 0, 1, 2 through the channels of a pixel
-    double dissolveValue = 0;  ///< the random number of the present pixel
+    int32_t channel = 0;      ///< counts 0, 1, 2 through the channels of a pixel
+    double dissolveValue = 0; ///< the random number of the present pixel
 
 private:
     double matte(double a, double b, double t) const;

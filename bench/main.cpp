@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/workspace.h"
+
+#include <QApplication>
+
+#include <benchmark/benchmark.h>
+
+void registerCoreBenchmarks();
+void registerOperatorBenchmarks();
+void registerViewBenchmarks();
+void registerFormatBenchmarks();
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    Workspace space;
+    benchmark::Initialize(&argc, argv);
+    registerCoreBenchmarks();
+    registerOperatorBenchmarks();
+    registerViewBenchmarks();
+    registerFormatBenchmarks();
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
