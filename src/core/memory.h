@@ -13,6 +13,7 @@
 /// in one static table. Failures are logged to the debug channel and never fatal.
 
 constexpr int kMemSlots = 32768;
+constexpr int kMemLabelLength = 62;
 
 /// One live block. 128 bytes, so that the table is exactly 4 MiB.
 struct MemSlot {
@@ -65,6 +66,13 @@ void *ucalloc(size_t count, size_t elementSize, const char *label);
 /// Returns whether the allocation succeeded.
 bool ucalloc(void **result, size_t count, size_t elementSize, const char *label);
 
+template <class T>
+bool ucalloc(T **result, size_t count, size_t elementSize, const char *label)
+{
+    *result = static_cast<T *>(ucalloc(count, elementSize, label));
+    return *result != nullptr;
+}
+
 /// Frees a block by its user pointer. An unknown pointer is logged and left alone.
 void ufree(void *user);
 
@@ -74,7 +82,11 @@ void upfree(void **pointerToPointer);
 template <class T>
 void upfree(T **pointerToPointer)
 {
-    upfree(reinterpret_cast<void **>(pointerToPointer));
+    // Through a void pointer of its own: a T * must not be written as if it were one.
+    void *user = pointerToPointer ? *pointerToPointer : nullptr;
+    upfree(pointerToPointer ? &user : nullptr);
+    if (pointerToPointer)
+        *pointerToPointer = nullptr;
 }
 
 /// Bytes recorded for a user pointer, 0 if no live slot holds it.

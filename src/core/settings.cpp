@@ -1,1 +1,167 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/workspace.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+
+#include <cmath>
+
+namespace
+{
+using Setting = Workspace::Setting;
+using Type = Setting::Type;
+
+constexpr double kColourTop = 65535;
+constexpr double kDpiTop = 32767;
+/// Far beyond what the sliders give, and far from where products of it would overflow.
+constexpr double kCurveReach = 1000;
+
+bool readBool(const QString &text, bool *result)
+{
+    const bool yes =
+        text == QLatin1String("1") || !text.compare(QLatin1String("true"), Qt::CaseInsensitive);
+    const bool no =
+        text == QLatin1String("0") || !text.compare(QLatin1String("false"), Qt::CaseInsensitive);
+    *result = yes;
+    return yes || no;
+}
+
+bool allowed(const Setting &setting, double value)
+{
+    if (!std::isfinite(value))
+        return false;
+    if (setting.low == 0 && setting.high == 0)
+        return true;
+    return value >= setting.low && value <= setting.high &&
+           (setting.step == 0 || std::fmod(value - setting.low, setting.step) == 0);
+}
+
+/// Stores the text in the field of a setting; false, with the field as it was, if the
+/// text is no value of it.
+bool store(const Setting &setting, const QString &text)
+{
+    bool ok = true;
+    switch (setting.type) {
+    case Type::Text:
+        *static_cast<QString *>(setting.field) = text;
+        break;
+    case Type::Bool:
+        if (bool value = false; (ok = readBool(text, &value)))
+            *static_cast<bool *>(setting.field) = value;
+        break;
+    case Type::Int: {
+        const int value = text.toInt(&ok);
+        ok = ok && allowed(setting, value);
+        if (ok)
+            *static_cast<int *>(setting.field) = value;
+        break;
+    }
+    case Type::Double: {
+        const double value = text.toDouble(&ok);
+        ok = ok && allowed(setting, value);
+        if (ok)
+            *static_cast<double *>(setting.field) = value;
+        break;
+    }
+    }
+    return ok;
+}
+
+QString fieldText(const Setting &setting)
+{
+    switch (setting.type) {
+    case Type::Text: {
+        const QString &text = *static_cast<const QString *>(setting.field);
+        return text.isNull() ? QStringLiteral("") : text;
+    }
+    case Type::Bool:
+        return QString::number(int(*static_cast<const bool *>(setting.field)));
+    case Type::Int:
+        return QString::number(*static_cast<const int *>(setting.field));
+    case Type::Double:
+        return numberText(*static_cast<const double *>(setting.field));
+    }
+    return QString();
+}
+
+const Setting *find(const std::vector<Setting> &table, const QString &key)
+{
+    for (const Setting &setting : table)
+        if (key == QLatin1String(setting.key))
+            return &setting;
+    return nullptr;
+}
+
+QString refusal(const Setting &setting, const QString &value)
+{
+    if (setting.low == 0 && setting.high == 0)
+        return QCoreApplication::translate("Workspace", "\"%1\" is no value of %2")
+            .arg(value, QLatin1String(setting.key));
+    return QCoreApplication::translate("Workspace", "\"%1\" is no value of %2 (%3 to %4)")
+        .arg(value, QLatin1String(setting.key), numberText(setting.low), numberText(setting.high));
+}
+} // namespace
+
+void Workspace::buildSettings()
+{
+    settingTable = {
+        {"maxUndos", Type::Int, &maxUndos, 1, 50, true},
+        {"xDpi", Type::Int, &xDpi, 1, kDpiTop, true},
+        {"yDpi", Type::Int, &yDpi, 1, kDpiTop, true},
+        {"scaleMemory", Type::Double, &scaleMemory, 0.01, 100, true},
+        {"mainAnnotation", Type::Text, &mainAnnotation, 0, 0, true},
+        {"mainAuthor", Type::Text, &mainAuthor, 0, 0, true},
+        {"mainCopyright", Type::Text, &mainCopyright, 0, 0, true},
+        {"jpegImageQuality", Type::Int, &jpegImageQuality, 1, 100, true},
+        {"saveEXIF", Type::Bool, &saveEXIF, 0, 1, true},
+        {"imgClose", Type::Bool, &imgClose, 0, 1, true},
+        {"zoomSteps", Type::Int, &zoomSteps, 1, 32, true},
+        {"checkerOn", Type::Bool, &checkerOn, 0, 1, true},
+        {"checkerDark", Type::Int, &checkerDark, 0, 255, true},
+        {"checkerLight", Type::Int, &checkerLight, 0, 255, true},
+        {"gridState", Type::Bool, &gridState, 0, 1, true},
+        {"gridColorToggle", Type::Bool, &gridColorToggle, 0, 1, true},
+        {"rememberPosition", Type::Bool, &rememberPosition, 0, 1, true},
+        {"tMode", Type::Int, &curveMode, 0, 3, true},
+        {"tAmplitude", Type::Double, &curveAmplitude, -kCurveReach, kCurveReach, true},
+        {"tFloor", Type::Double, &curveFloor, -kCurveReach, kCurveReach, true},
+        {"tFactor", Type::Int, &curveFactor, 0, 7, true},
+        {"invertSelection", Type::Bool, &invertSelection, 0, 1, true},
+        {"selectMode", Type::Bool, &selectMode, 0, 1, true},
+        {"thumbnail", Type::Bool, &thumbnail, 0, 1, true},
+        {"opsX2Preview", Type::Bool, &opsX2Preview, 0, 1, true},
+        {"mainOpIndex", Type::Int, &mainOpIndex, 0, 96, true},
+        {"foreRed", Type::Int, &foreRed, 0, kColourTop, true},
+        {"foreGreen", Type::Int, &foreGreen, 0, kColourTop, true},
+        {"foreBlue", Type::Int, &foreBlue, 0, kColourTop, true},
+        {"backRed", Type::Int, &backRed, 0, kColourTop, true},
+        {"backGreen", Type::Int, &backGreen, 0, kColourTop, true},
+        {"backBlue", Type::Int, &backBlue, 0, kColourTop, true},
+        {"blendMode", Type::Int, &blendMode, 0, 10, false},
+        {"rgbaDepth", Type::Int, &rgbaDepth, 32, 64, false, 32},
+        {"maskWithTargetAlpha", Type::Bool, &maskWithTargetAlpha, 0, 1, true},
+    };
+}
+
+bool Workspace::setSetting(const QString &key, const QString &value, QString *error)
+{
+    const Setting *setting = find(settingTable, key);
+    if (setting && store(*setting, value))
+        return true;
+    if (error)
+        *error = setting
+                     ? refusal(*setting, value)
+                     : QCoreApplication::translate("Workspace", "unknown setting \"%1\"").arg(key);
+    return false;
+}
+
+QString Workspace::settingText(const QString &key) const
+{
+    const Setting *setting = find(settingTable, key);
+    return setting ? fieldText(*setting) : QString();
+}
+
+QString numberText(double value)
+{
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
+}

@@ -99,6 +99,7 @@ public:
         void *field;
         double low, high; ///< inclusive range of a number; both 0: any
         bool stored;      ///< kept in the settings store between runs
+        int step = 0;     ///< if not 0, values are low and whole steps above it
     };
     const std::vector<Setting> &settings() const { return settingTable; }
     /// Sets one setting from text. False with a reason for an unknown key or bad value.
