@@ -24,9 +24,15 @@ public:
     /// Makes room for width x height factors; false if memory is short.
     bool init(int newWidth, int newHeight);
     /// Builds the factors from the workspace's curve settings over the bounds of the
-    /// image's mask. False: the mask stays as it is (the flat curve at full height, an
-    /// empty mask, no image or no memory).
+    /// image's mask. False: the mask stays as it is (the flat curve at full height, a
+    /// curve that does not exist, an empty mask, no image or no memory).
     bool createmask(const image *source);
+
+    /// The part of createmask that makes no array: box, profiles and centre, after which
+    /// factorRow knows every factor. False as in createmask.
+    bool prepare(const image *source);
+    /// Writes the factors of row `y` of the box, from column `x` on, `count` of them.
+    void factorRow(int y, int x, int count, double *out) const;
 
     double *mask = nullptr;
     double unit = 1.0;
@@ -34,7 +40,18 @@ public:
     int left = 0, top = 0, right = 0, bottom = 0; ///< right and bottom raised by 1
     int boxWidth = 0, boxHeight = 0;              ///< raised by 1
     double centerX = 0, centerY = 0;
+
+private:
+    bool makeProfiles();
+
+    double *row = nullptr; ///< the curve across the box
+    double *col = nullptr; ///< the curve down the box
+    int mode = 1;
+    double heightFactor = 1.0; ///< amplitude times factor
+    double floorValue = 0.0;
 };
 
 /// Multiplies the selection by the blend curve, in place: a second call shapes it again.
+/// The factors are made row by row as they are used; an array of them would take four
+/// times the mask's memory and most of the time.
 void diffuseMask(image *source);

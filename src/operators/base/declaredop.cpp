@@ -1,1 +1,332 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "operators/base/declaredop.h"
+
+#include "operators/base/operatortable.h"
+#include "operators/base/oppage.h"
+#include "script/engine/expression.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QSettings>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+using Kind = OpControl::Kind;
+
+OpControl slider(const char *label, const char *unit)
+{
+    OpControl control;
+    control.kind = Kind::Slider;
+    control.label = label;
+    control.unit = unit;
+    return control;
+}
+
+OpControl spin(const char *label)
+{
+    OpControl control;
+    control.kind = Kind::IntSpin;
+    control.label = label;
+    return control;
+}
+
+OpControl doubleSpin(const char *label, double step, int decimals)
+{
+    OpControl control;
+    control.kind = Kind::DoubleSpin;
+    control.label = label;
+    control.step = step;
+    control.decimals = decimals;
+    return control;
+}
+
+OpControl choice(const char *label, std::vector<const char *> names)
+{
+    OpControl control;
+    control.kind = Kind::Combo;
+    control.label = label;
+    control.choices = std::move(names);
+    return control;
+}
+
+OpControl check(const char *label)
+{
+    OpControl control;
+    control.kind = Kind::Check;
+    control.label = label;
+    return control;
+}
+
+namespace
+{
+bool hasRange(const OpParameter &parameter)
+{
+    return parameter.low != 0 || parameter.high != 0;
+}
+
+bool inRange(const OpParameter &parameter, double value)
+{
+    if (!std::isfinite(value))
+        return false;
+    if (hasRange(parameter))
+        return value >= parameter.low && value <= parameter.high;
+    return std::holds_alternative<double *>(parameter.field) ||
+           std::abs(value) <= std::numeric_limits<int>::max();
+}
+
+double fieldValue(const OpParameter &parameter)
+{
+    return std::visit([](auto *field) { return double(*field); }, parameter.field);
+}
+
+void setField(const OpParameter &parameter, double value)
+{
+    if (auto *const *whole = std::get_if<int *>(&parameter.field))
+        **whole = int(value);
+    else if (auto *const *real = std::get_if<double *>(&parameter.field))
+        **real = value;
+    else
+        *std::get<bool *>(parameter.field) = value != 0;
+}
+
+/// The number as a script reads it back: a point for decimals, never an exponent.
+QString fieldText(const OpParameter &parameter)
+{
+    const double value = fieldValue(parameter);
+    if (std::holds_alternative<double *>(parameter.field))
+        return QString::number(value, 'f', QLocale::FloatingPointShortest);
+    return QString::number(int(value));
+}
+
+QVariant fieldVariant(const OpParameter &parameter)
+{
+    return std::visit([](auto *field) { return QVariant(*field); }, parameter.field);
+}
+
+/// A stored value that no control could have given is passed over.
+void readField(const OpParameter &parameter, const QVariant &stored)
+{
+    bool ok = true;
+    const double value =
+        std::holds_alternative<bool *>(parameter.field) ? stored.toBool() : stored.toDouble(&ok);
+    if (ok && inRange(parameter, value))
+        setField(parameter, value);
+}
+
+bool evaluate(const QString &token, const OpParameter &parameter, double *value)
+{
+    if (std::holds_alternative<double *>(parameter.field))
+        return doubleParam(token, parameter.low, parameter.high, value);
+    int whole = 0;
+    if (!intParam(token, int(parameter.low), int(parameter.high), &whole))
+        return false;
+    *value = whole;
+    return true;
+}
+} // namespace
+
+DeclaredOp::DeclaredOp(OperatorTable *table) : OpWrapper(table)
+{
+    scriptable = true;
+}
+
+void DeclaredOp::declare(OpParameter parameter)
+{
+    setField(parameter, parameter.initial);
+    declared.push_back(std::move(parameter));
+}
+
+QString DeclaredOp::usage() const
+{
+    return QString(usageLine).replace(QLatin1String("%1"), scriptName);
+}
+
+void DeclaredOp::reset()
+{
+    for (const OpParameter &parameter : declared)
+        if (!parameter.keptByReset)
+            setField(parameter, parameter.initial);
+    showFields();
+}
+
+void DeclaredOp::settings(bool save)
+{
+    QSettings *store = ops ? ops->store : nullptr;
+    if (!store)
+        return;
+    for (const OpParameter &parameter : declared) {
+        const QString key = ops->prefix + QLatin1String(parameter.key);
+        if (save)
+            store->setValue(key, fieldVariant(parameter));
+        else
+            readField(parameter, store->value(key, fieldVariant(parameter)));
+    }
+    if (hotkeyKey.isEmpty())
+        return;
+    if (save)
+        store->setValue(ops->prefix + hotkeyKey, hotkey);
+    else
+        hotkey = store->value(ops->prefix + hotkeyKey, hotkey).toString();
+}
+
+void DeclaredOp::scriptLine(QString *out)
+{
+    if (!out)
+        return;
+    *out = scriptName;
+    for (const OpParameter &parameter : declared)
+        if (parameter.inScriptLine)
+            *out += QLatin1Char(' ') + fieldText(parameter);
+    *out += QLatin1Char('\n');
+}
+
+bool DeclaredOp::readArguments(int argc, const QStringList &args, QString *usageText)
+{
+    if (usageText)
+        *usageText = usage();
+    std::vector<const OpParameter *> wanted;
+    for (const OpParameter &parameter : declared)
+        if (parameter.inScriptLine)
+            wanted.push_back(&parameter);
+    if (argc != int(wanted.size()) || args.size() < argc)
+        return false;
+    std::vector<double> values(wanted.size());
+    for (int i = 0; i < argc; ++i)
+        if (!evaluate(args.at(i), *wanted[size_t(i)], &values[size_t(i)]))
+            return false;
+    // Last: a bad token must not leave half of the fields changed.
+    for (size_t i = 0; i < wanted.size(); ++i)
+        setField(*wanted[i], values[i]);
+    showFields();
+    return true;
+}
+
+int DeclaredOp::scriptCall(int argc, QStringList *args, image *target, QString *usageText)
+{
+    if (!readArguments(argc, args ? *args : QStringList(), usageText))
+        return 0;
+    apply(target, nullptr);
+    return 1;
+}
+
+const OpParameter *DeclaredOp::ofKind(OpControl::Kind kind, int index) const
+{
+    for (const OpParameter &parameter : declared)
+        if (parameter.control.kind == kind && index-- == 0)
+            return &parameter;
+    return nullptr;
+}
+
+int DeclaredOp::changed(OpControl::Kind kind, int index, double value)
+{
+    const OpParameter *parameter = ofKind(kind, index);
+    if (!parameter)
+        return 0;
+    if (inRange(*parameter, value))
+        setField(*parameter, value);
+    return 1;
+}
+
+int DeclaredOp::slider(int index, int value)
+{
+    return changed(Kind::Slider, index, value);
+}
+
+int DeclaredOp::intspin(int index, int value)
+{
+    return changed(Kind::IntSpin, index, value);
+}
+
+int DeclaredOp::dubspin(int index, double value)
+{
+    return changed(Kind::DoubleSpin, index, value);
+}
+
+int DeclaredOp::combo(int index, int value)
+{
+    return changed(Kind::Combo, index, value);
+}
+
+int DeclaredOp::checkbox(int index, bool state)
+{
+    return changed(Kind::Check, index, state);
+}
+
+void DeclaredOp::addControl(OpPage *page, const OpParameter &parameter) const
+{
+    const auto text = [this](const char *source) {
+        return QCoreApplication::translate(metaObject()->className(), source);
+    };
+    const OpControl &control = parameter.control;
+    const double value = fieldValue(parameter);
+    const auto labelled = [&] {
+        page->addLabel(text(control.label), OpPage::LabelAlign::Left, false);
+    };
+    switch (control.kind) {
+    case Kind::None:
+        break;
+    case Kind::Slider:
+        page->addSlider(text(control.label), int(parameter.low), int(parameter.high), int(value),
+                        true, QString::fromUtf8(control.unit));
+        break;
+    case Kind::IntSpin:
+        labelled();
+        page->addIntSpin(int(parameter.low), int(parameter.high), int(value), true);
+        break;
+    case Kind::DoubleSpin:
+        labelled();
+        page->addDoubleSpin(parameter.low, parameter.high, control.step, control.decimals, value,
+                            true);
+        break;
+    case Kind::Combo: {
+        QStringList names;
+        for (const char *name : control.choices)
+            names << text(name);
+        labelled();
+        page->addCombo(names, int(value), true);
+        break;
+    }
+    case Kind::Check:
+        page->addCheck(text(control.label), value != 0, true);
+    }
+}
+
+void DeclaredOp::build(OpPage *page)
+{
+    if (!page)
+        return;
+    for (const OpParameter &parameter : declared)
+        addControl(page, parameter);
+}
+
+void DeclaredOp::showFields()
+{
+    OpPage *page = ops && ops->current() == this ? ops->page : nullptr;
+    if (!page)
+        return;
+    int next[6] = {}; // per kind: the index of its next control
+    for (const OpParameter &parameter : declared) {
+        const int index = next[int(parameter.control.kind)]++;
+        const double value = fieldValue(parameter);
+        switch (parameter.control.kind) {
+        case Kind::None:
+            break;
+        case Kind::Slider:
+            page->setSlider(index, int(value));
+            break;
+        case Kind::IntSpin:
+            page->setIntSpin(index, int(value));
+            break;
+        case Kind::DoubleSpin:
+            page->setDoubleSpin(index, value);
+            break;
+        case Kind::Combo:
+            page->setCombo(index, int(value));
+            break;
+        case Kind::Check:
+            page->setCheck(index, value != 0);
+        }
+    }
+}

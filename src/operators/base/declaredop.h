@@ -67,6 +67,9 @@ protected:
     void showFields();
 
 private:
+    const OpParameter *ofKind(OpControl::Kind kind, int index) const;
+    int changed(OpControl::Kind kind, int index, double value);
+    void addControl(OpPage *page, const OpParameter &parameter) const;
+
     std::vector<OpParameter> declared;
-    OpPage *page = nullptr;
 };

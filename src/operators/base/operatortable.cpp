@@ -1,1 +1,202 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "operators/base/operatortable.h"
+
+#include "area/blendcurve.h"
+#include "core/image.h"
+#include "core/undo.h"
+#include "core/workspace.h"
+#include "operators/base/opwrapper.h"
+
+#include <QDebug>
+
+#include <algorithm>
+#include <array>
+
+namespace
+{
+enum OperatorId {
+    kCenterDefine = 10,
+    kCrop = 20,
+    kLayerClear = 49,
+    kMeasure = 55,
+    kPads = 65,
+    kSample = 80,
+    kScript = 82,
+    kValves = 91
+};
+
+template <size_t N>
+bool listed(const std::array<int, N> &ids, int id)
+{
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
+}
+
+/// Marks an image as being worked on for the length of a scope. The operator may let
+/// events through, in which an assigned image can go away: its mark is taken back only
+/// if the assignment still stands.
+class InUse
+{
+public:
+    explicit InUse(image *target) : space(workspace()), work(target)
+    {
+        if (space) {
+            brush = space->brushImage;
+            origin = space->originImage;
+        }
+        for (image *img : {work, brush, origin})
+            if (img)
+                img->inUse = true;
+    }
+    ~InUse()
+    {
+        work->inUse = false;
+        if (brush && space->brushImage == brush)
+            brush->inUse = false;
+        if (origin && space->originImage == origin)
+            origin->inUse = false;
+    }
+    InUse(const InUse &) = delete;
+    InUse &operator=(const InUse &) = delete;
+
+    image *brushImage() const { return brush; }
+
+private:
+    Workspace *space;
+    image *work;
+    image *brush = nullptr;
+    image *origin = nullptr;
+};
+
+void recordUndo(image *target, bool fromWindow)
+{
+    beginAct(target);
+    target->changed = true;
+    if (fromWindow && workspace())
+        workspace()->undoStateChanged(target);
+}
+
+/// The views of the image follow, and the master of a layer at its next paint.
+void tellViews(image *target, image *master, bool preview)
+{
+    if (Workspace::validImage(master)) {
+        master->parentDirty = true;
+        target->markMasterForRebuild();
+    }
+    if (!workspace())
+        return;
+    workspace()->refreshViews(target);
+    if (preview)
+        workspace()->previewOutdated();
+}
+} // namespace
+
+OperatorTable::OperatorTable() : prefix(QStringLiteral("operator")) {}
+
+OperatorTable::~OperatorTable() = default;
+
+void OperatorTable::add(int id, int group, const char *scriptName, const char *menuName,
+                        const char *helpPage, std::unique_ptr<OpWrapper> op)
+{
+    if (!op) {
+        qDebug() << "operator list allocation failed";
+        return;
+    }
+    op->id = id;
+    op->group = group;
+    op->scriptName = QString::fromUtf8(scriptName);
+    op->menuName = QString::fromUtf8(menuName);
+    op->helpPage = QString::fromUtf8(helpPage);
+    op->self = op.get();
+    opList.push_back(op.get());
+    owned.push_back(std::move(op));
+}
+
+OpWrapper *OperatorTable::byId(int id) const
+{
+    for (OpWrapper *op : opList)
+        if (op->id == id)
+            return op;
+    return nullptr;
+}
+
+OpWrapper *OperatorTable::byScriptName(const QString &name) const
+{
+    for (OpWrapper *op : opList)
+        if (op->scriptName == name)
+            return op;
+    return nullptr;
+}
+
+bool OperatorTable::allowedOnMaster(int id)
+{
+    constexpr std::array<int, 12> ids = {2, 3, 19, 20, 26, 38, 49, 55, 63, 65, 80, 91};
+    return listed(ids, id);
+}
+
+bool OperatorTable::recordsUndo(int id)
+{
+    constexpr std::array<int, 7> ids = {kCenterDefine, kCrop,   kLayerClear, kMeasure,
+                                        kPads,         kSample, kValves};
+    return !listed(ids, id);
+}
+
+bool OperatorTable::isInternal(const image *img) const
+{
+    return img && (img == preview || img == previewHalf || img == previewThumb);
+}
+
+void OperatorTable::apply(image *target, bool fromWindow)
+{
+    OpWrapper *op = current();
+    if (!Workspace::validImage(target) || !op)
+        return;
+    const int id = currentOp; // the operator may let events through that change it
+    if (target->kind == 1 && !allowedOnMaster(id))
+        return;
+    const bool internal = isInternal(target);
+    if (internal && (id == kMeasure || id == kSample))
+        return;
+    if (!internal)
+        lastOp = id;
+    if (recordsUndo(id))
+        recordUndo(target, fromWindow);
+    image *master = target->kind == 2 ? target->master : nullptr;
+    if (op->self) {
+        const InUse marks(target);
+        op->self->apply(target, marks.brushImage());
+    }
+    if (fromWindow)
+        tellViews(target, master, id != kSample && id != kCenterDefine);
+    finish(target, id);
+}
+
+void OperatorTable::finish(image *target, int id)
+{
+    constexpr std::array<int, 4> unstamped = {kCenterDefine, kCrop, kMeasure, kSample};
+    if (inPreview || listed(unstamped, id))
+        return;
+    if (suppressOnce) {
+        if (id == kScript)
+            suppressOnce = false;
+        return;
+    }
+    target->stampModification();
+}
+
+void OperatorTable::prepareAndApply(image *target, bool fromWindow)
+{
+    if (!Workspace::validImage(target))
+        return;
+    diffuseMask(target);
+    if (workspace() && workspace()->invertSelection)
+        target->invertMask();
+    apply(target, fromWindow);
+}
+
+void OperatorTable::settings(bool save)
+{
+    if (!store)
+        return;
+    for (OpWrapper *op : opList)
+        op->settings(save);
+}

@@ -60,6 +60,8 @@ public:
     bool isInternal(const image *img) const;
 
 private:
+    void finish(image *target, int id);
+
     std::vector<std::unique_ptr<OpWrapper>> owned;
     std::vector<OpWrapper *> opList;
 };
