@@ -26,23 +26,28 @@ Rgb hslToRgb(Hsl hsl);
 Yrb rgbToYrb(Rgb rgb);
 Rgb yrbToRgb(Yrb yrb);
 
-inline int clampByte(int value)
+/// For the small functions that pixel loops call: kernel files are compiled for several
+/// instruction sets and must not share a copy of them.
+#define KESTRANE_ALWAYS_INLINE [[gnu::always_inline]] inline
+#define KESTRANE_INLINE_LAMBDA __attribute__((always_inline))
+
+KESTRANE_ALWAYS_INLINE int clampByte(int value)
 {
     return value < 0 ? 0 : value > 255 ? 255 : value;
 }
-inline double lesser(double a, double b)
+KESTRANE_ALWAYS_INLINE double lesser(double a, double b)
 {
     return a < b ? a : b;
 }
-inline double greater(double a, double b)
+KESTRANE_ALWAYS_INLINE double greater(double a, double b)
 {
     return a > b ? a : b;
 }
-inline double clampSampleValue(double value)
+KESTRANE_ALWAYS_INLINE double clampSampleValue(double value)
 {
     return value < 0.0 ? 0.0 : value > 65535.0 ? 65535.0 : value;
 }
-inline double clampRange(double value, double low, double high)
+KESTRANE_ALWAYS_INLINE double clampRange(double value, double low, double high)
 {
     return value < low ? low : value > high ? high : value;
 }

@@ -48,6 +48,10 @@ public:
     /// An empty name becomes "New Image %1" with the serial.
     bool allocate(int newWidth, int newHeight, const QString &newName);
 
+    /// As allocate, but the colour planes stay zero: for a caller that writes every sample,
+    /// because filling fresh memory twice is what costs most in making an image.
+    bool allocateUnfilled(int newWidth, int newHeight, const QString &newName);
+
     /// Ends the validity mark, clears a brush or origin assignment, frees the planes.
     void releasePlanes();
     /// Frees notations, redo list, undo list and planes, in this order.
@@ -100,7 +104,9 @@ public:
     // --- Conversion -----------------------------------------------------------------
     /// ARGB32 picture of the high bytes.
     QImage toQImage() const;
+    /// Distinct colours by the high bytes of red, green and blue; 0 if memory is short.
     int64_t colorCount24() const;
+    /// The same by the full samples.
     int64_t colorCount48() const;
 
     // --- Scaling; see core/scale.h for the forms that take two images ----------------

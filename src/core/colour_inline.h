@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/colour.h"
+
+/// The one definition of the colour models, for row loops that want them inlined; all
+/// others call the functions of core/colour.h. Always inlined, so that kernel files
+/// compiled for several instruction sets never share a copy.
+namespace inlined
+{
+/// Where a channel stands between the least and the other one, in degrees of a sector.
+KESTRANE_ALWAYS_INLINE double thirdOfHue(double channel, double other, double least)
+{
+    const double divisor = channel + other - 2.0 * least;
+    return (channel - least) * 120.0 / (divisor == 0.0 ? 1.0 : divisor);
+}
+
+/// Hue in three sectors, by the channel that is the minimum. On a tie blue is taken
+/// before red and red before green, so grey has hue 0.
+KESTRANE_ALWAYS_INLINE Hsv rgbToHsv(Rgb c)
+{
+    const double most = greater(greater(c.red, c.green), c.blue);
+    const double least = lesser(lesser(c.red, c.green), c.blue);
+    if (most == 0.0)
+        return {0.0, 0.0, 0.0};
+    double hue;
+    if (least == c.blue)
+        hue = thirdOfHue(c.green, c.red, least);
+    else if (least == c.red)
+        hue = thirdOfHue(c.blue, c.green, least) + 120.0;
+    else
+        hue = thirdOfHue(c.red, c.blue, least) + 240.0;
+    return {clampRange(hue, 0.0, 360.0), clampRange((most - least) * 100.0 / most, 0.0, 100.0),
+            clampRange(most * 100.0 / 65535.0, 0.0, 100.0)};
+}
+
+KESTRANE_ALWAYS_INLINE Rgb hsvToRgb(Hsv c)
+{
+    const double h = c.hue;
+    const double m = (100.0 - c.saturation) * c.value / 100.0;
+    const double d = c.value - m;
+    const double top = clampSampleValue(c.value * 65535.0 / 100.0);
+    const double bottom = clampSampleValue(m * 65535.0 / 100.0);
+    const auto scaled = [](double x) KESTRANE_INLINE_LAMBDA {
+        return clampSampleValue(x * 65535.0 / 100.0);
+    };
+    if (h <= 60.0)
+        return {top, scaled(m + d * h / (120.0 - h)), bottom};
+    if (h <= 120.0)
+        return {scaled(m + (120.0 - h) * d / h), top, bottom};
+    if (h <= 180.0)
+        return {bottom, top, scaled(m + (h - 120.0) * d / (240.0 - h))};
+    if (h <= 240.0)
+        return {bottom, scaled(m + (240.0 - h) * d / (h - 120.0)), top};
+    if (h <= 300.0)
+        return {scaled(m + (h - 240.0) * d / (360.0 - h)), bottom, top};
+    return {top, bottom, scaled(m + (360.0 - h) * d / (h - 240.0))};
+}
+
+/// Hue in six sectors, by the channel that is the maximum: red before green before blue.
+KESTRANE_ALWAYS_INLINE Hsl rgbToHsl(Rgb c)
+{
+    const double most = greater(greater(c.red, c.green), c.blue);
+    const double least = lesser(lesser(c.red, c.green), c.blue);
+    const double sum = most + least;
+    const double span = most - least;
+    const double lightness = sum * 100.0 / 131070.0;
+    if (span == 0.0)
+        return {0.0, 0.0, lightness};
+    double hue;
+    if (most == c.red)
+        hue = (c.green - c.blue) * 60.0 / span;
+    else if (most == c.green)
+        hue = (c.blue - c.red) * 60.0 / span + 120.0;
+    else
+        hue = (c.red - c.green) * 60.0 / span + 240.0;
+    const double saturation =
+        lightness < 50.0 ? 100.0 * span / sum : 100.0 * span / (131070.0 - most - least);
+    return {hue < 0.0 ? hue + 360.0 : hue, saturation, lightness};
+}
+
+KESTRANE_ALWAYS_INLINE Rgb hslToRgb(Hsl c)
+{
+    const double sum = c.lightness * 131070.0 / 100.0;
+    const double span = c.saturation * (c.lightness < 50.0 ? sum : 131070.0 - sum) / 100.0;
+    const double least = (sum - span) / 2.0;
+    const double top = clampSampleValue((sum + span) / 2.0);
+    const double bottom = clampSampleValue(least);
+    const double h = c.hue;
+    const auto between = [least, span](double share) KESTRANE_INLINE_LAMBDA {
+        return clampSampleValue(least + span * share / 60.0);
+    };
+    if (h < 60.0)
+        return {top, between(h), bottom};
+    if (h < 120.0)
+        return {between(120.0 - h), top, bottom};
+    if (h < 180.0)
+        return {bottom, top, between(h - 120.0)};
+    if (h < 240.0)
+        return {bottom, between(240.0 - h), top};
+    if (h < 300.0)
+        return {between(h - 240.0), bottom, top};
+    return {top, bottom, between(360.0 - h)};
+}
+
+KESTRANE_ALWAYS_INLINE Yrb rgbToYrb(Rgb c)
+{
+    const double red = c.red / 65535.0, green = c.green / 65535.0, blue = c.blue / 65535.0;
+    const double y = 0.3 * red + 0.59 * green + 0.11 * blue;
+    const double r = (red * 0.3 - y) * 0.5 + 0.5;
+    const double b = (blue * 0.11 - y) * 0.5 + 0.5;
+    return {clampRange(y, 0.0, 1.0) * 65535.0, clampRange(r, 0.0, 1.0) * 65535.0,
+            clampRange(b, 0.0, 1.0) * 65535.0};
+}
+
+KESTRANE_ALWAYS_INLINE Rgb yrbToRgb(Yrb c)
+{
+    const double y = c.y / 65535.0;
+    const double a = 2.0 * (c.r / 65535.0 - 0.5) + y;
+    const double b = 2.0 * (c.b / 65535.0 - 0.5) + y;
+    return {clampSampleValue(a * 218450.0), clampSampleValue((y - (a + b)) * 111076.27118644069),
+            clampSampleValue(b * 595772.7272727273)};
+}
+} // namespace inlined
