@@ -1,1 +1,385 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/console.h"
+
+#include "batch/messages.h"
+#include "batch/session.h"
+#include "core/memory.h"
+#include "core/undo.h"
+#include "operators/base/opwrapper.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <iostream>
+
+namespace
+{
+/// Longer lines are no script text: they are read to their end and refused.
+constexpr size_t kLongestLine = size_t(16) << 20;
+constexpr int kLongestQuote = 40;
+
+QString quoted(const QString &text)
+{
+    const QString cut =
+        text.size() > kLongestQuote ? text.left(kLongestQuote) + QStringLiteral("...") : text;
+    return QLatin1Char('"') + singleLine(cut) + QLatin1Char('"');
+}
+
+QStringList words(const QString &text)
+{
+    static const QRegularExpression blanks(QStringLiteral("\\s+"));
+    return text.split(blanks, Qt::SkipEmptyParts);
+}
+
+/// A line holds as many statements as wanted, separated by ":"; "::" is a literal colon.
+QStringList statements(const QString &line)
+{
+    QStringList result;
+    QString part;
+    for (int i = 0; i <= line.size(); ++i) {
+        const bool colon = i < line.size() && line[i] == QLatin1Char(':');
+        if (i < line.size() && !colon) {
+            part += line[i];
+        } else if (colon && i + 1 < line.size() && line[i + 1] == QLatin1Char(':')) {
+            part += QLatin1Char(':');
+            ++i;
+        } else {
+            result += part;
+            part.clear();
+        }
+    }
+    return result;
+}
+
+bool readNumber(const QString &text, int low, int high, int *value)
+{
+    bool ok = false;
+    *value = text.toInt(&ok);
+    return ok && *value >= low && *value <= high;
+}
+
+/// After samples were set directly.
+void touched(image *img)
+{
+    img->changed = true;
+    img->markMasterForRebuild();
+}
+} // namespace
+
+const Console::Command Console::kCommands[] = {
+    {".text", "EXPR", 1, -1, false, &Console::needsLanguage},
+    {".value", "EXPR", 1, -1, false, &Console::needsLanguage},
+    {".tokens", "EXPR", 1, -1, false, &Console::needsLanguage},
+    {".vars", "", 0, 0, false, &Console::needsLanguage},
+    {".rich", "on|off", 1, 1, false, &Console::needsLanguage},
+    {".layers", "", 0, 0, true, &Console::needsLayers},
+    {".layer", "N", 1, 1, true, &Console::needsLayers},
+    {".compose", "", 0, 0, true, &Console::needsLayers},
+    {".pixel", "X Y", 2, 2, true, &Console::pixel},
+    {".size", "", 0, 0, true, &Console::size},
+    {".fill", "R G B A", 4, 4, true, &Console::fill},
+    {".poke", "X Y R G B A", 6, 6, true, &Console::poke},
+    {".mask", "X Y V", 3, 3, true, &Console::mask},
+    {".load", "IMAGE", 1, -1, false, &Console::load},
+    {".save", "PATH", 1, -1, true, &Console::save},
+    {".origin", "[IMAGE]", 0, -1, false, &Console::origin},
+    {".brush", "[IMAGE]", 0, -1, false, &Console::brush},
+    {".set", "KEY VALUE", 1, -1, false, &Console::set},
+    {".apply", "NAME ARGS...", 1, -1, true, &Console::apply},
+    {".scriptline", "NAME", 1, 1, false, &Console::scriptline},
+    {".snapshot", "", 0, 0, true, &Console::snapshot},
+    {".undo", "", 0, 0, true, &Console::undoStep},
+    {".redo", "", 0, 0, true, &Console::redoStep},
+    {".memory", "", 0, 0, false, &Console::memory},
+    {".quit", "", 0, 0, false, &Console::quit},
+};
+
+Console::Console(Session *work, const Streams &where) : session(work), streams(where) {}
+
+void Console::run()
+{
+    std::string line;
+    while (running && streams.out) {
+        if (streams.inIsTerminal)
+            streams.out << "> " << std::flush;
+        const Reading reading = readLine(&line);
+        if (reading == Reading::End)
+            break;
+        if (reading == Reading::TooLong)
+            answer(QStringLiteral("failed: the line is too long"));
+        else
+            answerLine(QString::fromUtf8(line.data(), int(line.size())));
+    }
+}
+
+Console::Reading Console::readLine(std::string *line)
+{
+    constexpr int kEnd = std::char_traits<char>::eof();
+    line->clear();
+    bool tooLong = false;
+    int c = streams.in.get();
+    if (c == kEnd)
+        return Reading::End;
+    for (; c != kEnd && c != '\n'; c = streams.in.get()) {
+        if (line->size() < kLongestLine)
+            line->push_back(char(c));
+        else
+            tooLong = true;
+    }
+    if (!line->empty() && line->back() == '\r')
+        line->pop_back();
+    return tooLong ? Reading::TooLong : Reading::Line;
+}
+
+void Console::answer(const QString &line)
+{
+    writeLine(streams.out, line);
+}
+
+bool Console::fail(const QString &why)
+{
+    failure = why;
+    return false;
+}
+
+void Console::answerLine(const QString &line)
+{
+    if (line.size() > 1 && line[0] == QLatin1Char('.') && line[1].isLetter()) {
+        if (!runCommand(line))
+            answer(QStringLiteral("failed: ") + singleLine(failure));
+        return;
+    }
+    const QStringList parts = statements(line);
+    for (const QString &statement : parts)
+        if (!runStatement(statement))
+            answer(QStringLiteral("failed: ") + singleLine(failure));
+}
+
+bool Console::runCommand(const QString &line)
+{
+    const QStringList arguments = words(line);
+    const QString &name = arguments.first();
+    rest = line.mid(name.size()).trimmed();
+    const int count = int(arguments.size()) - 1;
+    for (const Command &command : kCommands) {
+        if (name != QLatin1String(command.name))
+            continue;
+        if (count < command.least || (command.most >= 0 && count > command.most))
+            return fail(QStringLiteral("usage: %1 %2")
+                            .arg(name, QLatin1String(command.arguments))
+                            .trimmed());
+        if (command.needsImage && !session->current())
+            return fail(QStringLiteral("no image"));
+        return (this->*command.act)(arguments.mid(1));
+    }
+    return fail(QStringLiteral("unknown command ") + quoted(name));
+}
+
+bool Console::runStatement(const QString &statement)
+{
+    QStringList tokens = words(statement);
+    if (tokens.isEmpty() || statement.startsWith(QLatin1Char('#')))
+        return true;
+    OpWrapper *op = session->operators()->byScriptName(tokens.takeFirst());
+    if (!op)
+        return needsLanguage(tokens);
+    image *target = session->current();
+    if (!target)
+        return fail(QStringLiteral("no image"));
+    QString usage;
+    const int result = op->scriptCall(int(tokens.size()), &tokens, target, &usage);
+    if (result < 0)
+        return fail(op->scriptName + QStringLiteral(" is not for scripts"));
+    if (result == 0)
+        return fail(usage);
+    touched(target);
+    return true;
+}
+
+bool Console::readPlace(const QStringList &arguments, int64_t *index)
+{
+    const image *img = session->current();
+    int x = 0, y = 0;
+    if (!readNumber(arguments[0], 0, img->width - 1, &x))
+        return fail(QStringLiteral("X is 0 to %1, not ").arg(img->width - 1) +
+                    quoted(arguments[0]));
+    if (!readNumber(arguments[1], 0, img->height - 1, &y))
+        return fail(QStringLiteral("Y is 0 to %1, not ").arg(img->height - 1) +
+                    quoted(arguments[1]));
+    *index = int64_t(y) * img->width + x;
+    return true;
+}
+
+bool Console::readSamples(const QStringList &arguments, int first, uint16_t *samples)
+{
+    for (int i = first; i < arguments.size(); ++i) {
+        int value = 0;
+        if (!readNumber(arguments[i], 0, 65535, &value))
+            return fail(QStringLiteral("a sample is 0 to 65535, not ") + quoted(arguments[i]));
+        samples[i - first] = uint16_t(value);
+    }
+    return true;
+}
+
+bool Console::pixel(const QStringList &arguments)
+{
+    int64_t index = 0;
+    if (!readPlace(arguments, &index))
+        return false;
+    QStringList samples;
+    for (const uint16_t *plane : session->current()->workPlanes())
+        samples += QString::number(plane ? plane[index] : 0);
+    answer(samples.join(QLatin1Char(' ')));
+    return true;
+}
+
+bool Console::size(const QStringList &)
+{
+    answer(QStringLiteral("%1 %2").arg(session->current()->width).arg(session->current()->height));
+    return true;
+}
+
+bool Console::fill(const QStringList &arguments)
+{
+    uint16_t samples[4];
+    if (!readSamples(arguments, 0, samples))
+        return false;
+    session->current()->fill(samples[0], samples[1], samples[2], samples[3]);
+    touched(session->current());
+    return true;
+}
+
+bool Console::poke(const QStringList &arguments)
+{
+    int64_t index = 0;
+    uint16_t samples[4];
+    if (!readPlace(arguments, &index) || !readSamples(arguments, 2, samples))
+        return false;
+    const uint16_t *sample = samples;
+    for (uint16_t *plane : session->current()->colorPlanes())
+        plane[index] = *sample++;
+    touched(session->current());
+    return true;
+}
+
+bool Console::mask(const QStringList &arguments)
+{
+    int64_t index = 0;
+    uint16_t value = 0;
+    if (!readPlace(arguments, &index) || !readSamples(arguments, 2, &value))
+        return false;
+    session->current()->gmask[index] = value;
+    return true;
+}
+
+bool Console::load(const QStringList &)
+{
+    return session->load(rest, &failure);
+}
+
+bool Console::save(const QStringList &)
+{
+    return session->save(outputName(rest, session->currentInput(), 1), &failure);
+}
+
+bool Console::origin(const QStringList &)
+{
+    return session->assignOrigin(rest, &failure);
+}
+
+bool Console::brush(const QStringList &)
+{
+    return session->assignBrush(rest, &failure);
+}
+
+bool Console::set(const QStringList &arguments)
+{
+    const QString &key = arguments.first();
+    return session->workspace()->setSetting(key, rest.mid(key.size()).trimmed(), &failure);
+}
+
+bool Console::apply(const QStringList &arguments)
+{
+    OperatorTable *table = session->operators();
+    image *target = session->current();
+    OpWrapper *op = table->byScriptName(arguments.first());
+    if (!op)
+        return fail(QStringLiteral("unknown operator ") + quoted(arguments.first()));
+    if (target->kind == 1 && !OperatorTable::allowedOnMaster(op->id))
+        return fail(op->scriptName + QStringLiteral(" does not work on a master"));
+    const QStringList values = arguments.mid(1);
+    QString usage;
+    // An operator without a script line runs with its present parameters.
+    if (!op->readArguments(int(values.size()), values, &usage) &&
+        !(usage.isEmpty() && values.isEmpty()))
+        return fail(usage.isEmpty() ? op->scriptName + QStringLiteral(" takes no values") : usage);
+    table->currentOp = op->id;
+    table->prepareAndApply(target, true);
+    return true;
+}
+
+bool Console::scriptline(const QStringList &arguments)
+{
+    OpWrapper *op = session->operators()->byScriptName(arguments.first());
+    if (!op)
+        return fail(QStringLiteral("unknown operator ") + quoted(arguments.first()));
+    QString line;
+    op->scriptLine(&line);
+    if (line.isEmpty())
+        return fail(op->scriptName + QStringLiteral(" has no script line"));
+    answer(line.endsWith(QLatin1Char('\n')) ? line.chopped(1) : line);
+    return true;
+}
+
+bool Console::snapshot(const QStringList &)
+{
+    beginAct(session->current());
+    return true;
+}
+
+bool Console::undoStep(const QStringList &)
+{
+    image *img = session->current();
+    if (img->undoList.isEmpty()) {
+        answer(QStringLiteral("nothing"));
+        return true;
+    }
+    undo(img);
+    img->markMasterForRebuild();
+    return true;
+}
+
+bool Console::redoStep(const QStringList &)
+{
+    image *img = session->current();
+    if (img->redoList.isEmpty()) {
+        answer(QStringLiteral("nothing"));
+        return true;
+    }
+    redo(img);
+    img->markMasterForRebuild();
+    return true;
+}
+
+bool Console::memory(const QStringList &)
+{
+    memSweep();
+    answer(memReport(true));
+    return true;
+}
+
+bool Console::quit(const QStringList &)
+{
+    running = false;
+    return true;
+}
+
+bool Console::needsLanguage(const QStringList &)
+{
+    return fail(QStringLiteral("the script language is not available in this version"));
+}
+
+bool Console::needsLayers(const QStringList &)
+{
+    return fail(QStringLiteral("layers are not available in this version"));
+}

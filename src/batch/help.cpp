@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/options.h"
+
+QString helpText()
+{
+    return QStringLiteral(R"(Usage: kestrane-batch [options] [--] IMAGE...
+
+Loads images, works on them as the editor does, and saves the results, without a window.
+
+IMAGE is a file, or new:WxH for a fresh image of that size (a file whose name begins
+that way is written ./new:...).
+
+Results
+  -o, --output PATH     save each result here; {name} stands for the input's file name
+                        up to its last dot, {n} for its position from 1. The ending
+                        decides the format: .png .jpg .jpeg .rgba
+      --depth 32|64     bits a pixel of a .rgba result (64)
+      --quality 1..100  quality of a JPEG result
+
+What is worked with
+      --origin IMAGE    the assigned origin image
+      --brush IMAGE     the assigned brush image
+      --set KEY=VALUE   one setting for this run, by its settings key; may be repeated
+      --settings        start from the settings that the editor has stored; without it
+                        the store is not touched. It is never written.
+
+The run
+      --keep-going      go on with the next image after a failure
+      --strict          a script error also makes the run fail
+  -i, --interactive     read commands from standard input, on the image if one is given
+      --version         print the version
+      --help            print this text
+
+Not available in this version
+  -s, --script FILE     -e, --execute TEXT     --layer N
+      --gerber DIR      --gerber-set KEY=VALUE
+
+Commands of -i, each answered on standard output
+  .load IMAGE           load and make it the current image
+  .save PATH            save it, as --output does
+  .size                 W H
+  .pixel X Y            R G B A M: four 16-bit samples and the area mask
+  .fill R G B A         set every pixel; no undo
+  .poke X Y R G B A     set one pixel; no undo
+  .mask X Y V           set one sample of the area mask
+  .origin [IMAGE]       assign the origin image, or clear it
+  .brush [IMAGE]        assign the brush image, or clear it
+  .set KEY VALUE        as --set
+  .apply NAME ARGS...   what the Apply button does with that operator
+  .scriptline NAME      the script line of the operator's present parameters
+  .snapshot             make an undo record
+  .undo, .redo          one step; answers "nothing" if there was none
+  .memory               the memory report with details
+  .quit                 end
+A line that names an operator, such as "exposure 25 0", runs it under the mask as it
+stands, without an undo record. What cannot be done answers "failed:" and why.
+
+Messages go to standard error as "error: ", "warning: " and "notice: " lines.
+Exit status: 0 all well, 1 an image could not be loaded or saved, 2 wrong usage,
+3 a script reported an error under --strict.
+)");
+}

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/session.h"
+
+#include "batch/messages.h"
+#include "formats/load.h"
+#include "formats/save.h"
+#include "operators/table/allops.h"
+
+#include <QFileInfo>
+#include <QSettings>
+
+#include <memory>
+
+namespace
+{
+/// Why a file could not be read, where the file itself tells; else what the reader said.
+QString readFailure(const QString &path, const QString &said)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return QStringLiteral("no such file");
+    if (info.isDir())
+        return QStringLiteral("is a folder");
+    if (!info.isReadable())
+        return QStringLiteral("may not be read");
+    return said.isEmpty() ? QStringLiteral("not a picture that can be read") : said;
+}
+
+QString writeFailure(const QString &path, const QString &said)
+{
+    const QFileInfo info(path), folder(info.path());
+    if (!folder.isDir())
+        return QStringLiteral("there is no folder of that name");
+    if (info.isDir())
+        return QStringLiteral("is a folder");
+    if (!folder.isWritable() || (info.exists() && !info.isWritable()))
+        return QStringLiteral("may not be written");
+    return said.isEmpty() ? QStringLiteral("could not be written") : said;
+}
+} // namespace
+
+Session::Session(Messages *sink) : messages(sink), space(sink)
+{
+    table.blending = &blending;
+    addAllOperators(&table);
+}
+
+Session::~Session()
+{
+    for (image **held : {&currentImage, &originImage, &brushImage})
+        end(held);
+}
+
+void Session::readStoredSettings()
+{
+    QSettings store(QStringLiteral("Zolvine"), QStringLiteral("Kestrane"));
+    for (const Workspace::Setting &setting : space.settings()) {
+        const QString key = QLatin1String(setting.key);
+        QString reason;
+        if (setting.stored && store.contains(key) &&
+            !space.setSetting(key, store.value(key).toString(), &reason))
+            messages->warning(QStringLiteral("stored setting passed over: ") + reason);
+    }
+    table.store = &store;
+    table.settings(false);
+    table.store = nullptr;
+}
+
+bool Session::configure(const Options &options, QString *error)
+{
+    for (const auto &[key, value] : options.settings)
+        if (!space.setSetting(key, value, error))
+            return false;
+    if (options.rgbaDepth)
+        space.rgbaDepth = options.rgbaDepth;
+    if (options.quality)
+        space.jpegImageQuality = options.quality;
+    return true;
+}
+
+image *Session::read(const QString &input, QString *error)
+{
+    bool isNew = false;
+    int width = 0, height = 0;
+    QString reason;
+    std::unique_ptr<image> result;
+    messages->takeNotice();
+    if (!parseNewImage(input, &isNew, &width, &height, &reason)) {
+        // The reason is set.
+    } else if (isNew) {
+        result = std::make_unique<image>();
+        if (!result->allocate(width, height, QString())) {
+            result.reset();
+            reason = QStringLiteral("not enough memory");
+        }
+    } else {
+        const FileRecord record = FileRecord::fromPath(input);
+        result.reset(loadImageFile(record.fullPath, record.name, &record, false));
+        if (!result)
+            reason = readFailure(input, messages->takeNotice());
+    }
+    if (!result)
+        *error = input + QStringLiteral(": ") + reason;
+    return result.release();
+}
+
+bool Session::replace(image **held, const QString &input, QString *error)
+{
+    image *fresh = read(input, error);
+    if (!fresh)
+        return false;
+    end(held);
+    *held = fresh;
+    space.images.append(fresh);
+    space.giveSerial(fresh);
+    return true;
+}
+
+void Session::end(image **held)
+{
+    if (!*held)
+        return;
+    space.images.removeAll(*held);
+    destroyTree(held);
+    *held = nullptr;
+}
+
+bool Session::load(const QString &newInput, QString *error)
+{
+    if (!replace(&currentImage, newInput, error))
+        return false;
+    input = newInput;
+    return true;
+}
+
+void Session::drop()
+{
+    end(&currentImage);
+}
+
+bool Session::save(const QString &path, QString *error)
+{
+    const bool flat = !path.endsWith(QLatin1String(".elx"), Qt::CaseInsensitive);
+    messages->takeNotice();
+    if (saveImageFile(FileRecord::fromPath(path), currentImage, flat))
+        return true;
+    *error = path + QStringLiteral(": ") + writeFailure(path, messages->takeNotice());
+    return false;
+}
+
+bool Session::assignOrigin(const QString &input, QString *error)
+{
+    if (!input.isEmpty() && !replace(&originImage, input, error))
+        return false;
+    if (input.isEmpty())
+        end(&originImage);
+    space.assignOrigin(originImage);
+    return true;
+}
+
+bool Session::assignBrush(const QString &input, QString *error)
+{
+    if (!input.isEmpty() && !replace(&brushImage, input, error))
+        return false;
+    if (input.isEmpty())
+        end(&brushImage);
+    space.assignBrush(brushImage);
+    return true;
+}

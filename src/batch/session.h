@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "batch/batchworkspace.h"
+#include "batch/options.h"
+#include "operators/base/operatortable.h"
+#include "operators/pipeline/colorblending.h"
+
+class Messages;
+
+/// What one run of the tool holds: the workspace, the operators, the images. Of the
+/// images it owns the current one and the assigned ones.
+class Session
+{
+public:
+    explicit Session(Messages *messages);
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    /// Reads the user's stored settings; the store itself is left as it is.
+    void readStoredSettings();
+    /// Sets the workspace by --set, --depth and --quality. False with a reason.
+    bool configure(const Options &options, QString *error);
+
+    /// Loads a file or makes a fresh image, and makes it the current one. False with a
+    /// reason that names it; the current image is then as it was.
+    bool load(const QString &newInput, QString *error);
+    /// Saves the current image by the save dispatch. False with a reason that names the file.
+    bool save(const QString &path, QString *error);
+    /// Ends the current image, if there is one.
+    void drop();
+    image *current() const { return currentImage; }
+    /// What the current image was loaded from, as it was given.
+    QString currentInput() const { return input; }
+
+    /// Assigns the image of that name, or clears the assignment if it is empty.
+    bool assignOrigin(const QString &input, QString *error);
+    bool assignBrush(const QString &input, QString *error);
+
+    Workspace *workspace() { return &space; }
+    OperatorTable *operators() { return &table; }
+
+private:
+    image *read(const QString &input, QString *error);
+    bool replace(image **held, const QString &input, QString *error);
+    void end(image **held);
+
+    Messages *messages;
+    BatchWorkspace space; // first of what follows: images and operators ask it
+    colorblending blending;
+    OperatorTable table;
+    image *currentImage = nullptr;
+    QString input;
+    image *originImage = nullptr;
+    image *brushImage = nullptr;
+};
