@@ -1,1 +1,247 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/mainwindow.h"
+
+#include "app/appsettings.h"
+#include "app/downloadmanager.h"
+#include "core/memory.h"
+#include "operators/base/operatortable.h"
+#include "operators/base/opwrapper.h"
+#include "operators/dialog/operators.h"
+#include "operators/table/allops.h"
+#include "ui_mainwindow.h"
+#include "views/imgwindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QProgressDialog>
+#include <QScreen>
+#include <QSettings>
+#include <QSysInfo>
+
+#include <algorithm>
+
+namespace
+{
+constexpr size_t kPolyPoints = 256032;
+constexpr size_t kColorSpaceBytes = 2097152; ///< one bit per 24-bit colour
+constexpr int kTimerOneMs = 50;
+constexpr int kTimerTwoMs = 5;
+constexpr int kGuessedTitleBar = 32; ///< until the window manager has placed a window
+} // namespace
+
+/// Resources of a static library are linked only if they are asked for, and the macro
+/// has to stand outside of any namespace.
+static void initResources()
+{
+    Q_INIT_RESOURCE(kestrane);
+}
+
+/// A fixed-width face, even where there is none of that name.
+static QFont fixedFont(int pointSize)
+{
+    QFont font(QStringLiteral("Courier"), pointSize);
+    font.setStyleHint(QFont::Monospace);
+    return font;
+}
+
+MainWindow::MainWindow()
+{
+    initResources();
+    allocateTables();
+    platform =
+        QStringList{QSysInfo::productType(), QSysInfo::productVersion(), QSysInfo::kernelVersion()}
+            .join(QLatin1Char(' '));
+
+    ui = std::make_unique<Ui::MainWindow>();
+    ui->setupUi(this);
+    statusBar()->setFont(fixedFont(12));
+    statusBar()->setSizeGripEnabled(false);
+
+    blendState = std::make_unique<colorblending>();
+    table = std::make_unique<OperatorTable>();
+    table->prefix = QStringLiteral("operator");
+    table->blending = blendState.get();
+    addAllOperators(table.get());
+
+    store = std::make_unique<QSettings>(QStringLiteral("Zolvine"), QStringLiteral("Kestrane"));
+    table->store = store.get();
+    nameFileBags();
+    imageFileBag.load(*store);
+    saveFileBag.load(*store);
+    loadSettings();
+    buildMenus();
+
+    setWindowTitle(QStringLiteral("Kestrane"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Zolvine"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("zolvine.invalid"));
+    QCoreApplication::setApplicationName(QStringLiteral("Kestrane"));
+
+    restorePosition();
+    createOperators();
+
+    for (QLabel *label : {ui->brushLabel, ui->originLabel, ui->areaLabel, ui->positionLabel})
+        label->setFont(fixedFont(10));
+    ui->originLabel->setText(QStringLiteral("O: (<i>unset</i>)"));
+    showWells();
+
+    statusText(tr("Ready"));
+    setAcceptDrops(true);
+
+    connect(&timerOne, &QTimer::timeout, this, &MainWindow::OnTimer);
+    timerOne.start(kTimerOneMs);
+    connect(&timerTwo, &QTimer::timeout, this, &MainWindow::OnTimerTwo);
+    timerTwo.start(kTimerTwoMs);
+
+    assignBrush(nullptr);
+    runStartupSequence(QCoreApplication::applicationDirPath() +
+                       QStringLiteral("/~ke-startup-sequence.txt"));
+    markRunInProgress();
+    startVersionCheck();
+
+    ucalloc(&colorSpace, kColorSpaceBytes, 1, "colorSpace");
+    ucalloc(&colorSpaceBackup, kColorSpaceBytes, 1, "colorSpaceBackup");
+    updateEnabledStates();
+}
+
+MainWindow::~MainWindow()
+{
+    timerOne.stop();
+    timerTwo.stop();
+    shuttingDown = true;
+    currentWindow = nullptr;
+    const QList<imgWindow *> open = windows;
+    windows.clear();
+    for (imgWindow *window : open)
+        delete window;
+    delete operators;
+    operators = nullptr;
+    while (!images.isEmpty())
+        delete images.takeFirst();
+    table.reset();
+    blendState.reset();
+    upfree(&colorSpaceBackup);
+    upfree(&colorSpace);
+    upfree(&inotePolyList);
+    upfree(&polyList);
+}
+
+void MainWindow::allocateTables()
+{
+    ucalloc(&polyList, kPolyPoints, 8, "primary poly list");
+    ucalloc(&inotePolyList, kPolyPoints, 8, "inote poly list");
+}
+
+void MainWindow::loadSettings()
+{
+    loadWorkspaceSettings(*store, *this);
+    // A store without the value belongs to a first start, which follows no bad end.
+    appWasOkay = store->value(QStringLiteral("appWasOkay"), true).toBool();
+    successOnAsk = store->value(QStringLiteral("successOnAsk"), false).toBool();
+    serialNumber = store->value(QStringLiteral("serialNumber")).toString();
+    versionHost = store->value(QStringLiteral("versionHost")).toString();
+    table->settings(false);
+}
+
+void MainWindow::saveSettings()
+{
+    saveWorkspaceSettings(*store, *this);
+    store->setValue(QStringLiteral("appWasOkay"), appWasOkay);
+    store->setValue(QStringLiteral("successOnAsk"), successOnAsk);
+    store->setValue(QStringLiteral("windowPosition"), pos());
+    imageFileBag.save(*store);
+    saveFileBag.save(*store);
+    table->settings(true);
+    operators->settings(true);
+    store->sync();
+}
+
+void MainWindow::createOperators()
+{
+    operators = new Operators(table.get(), this);
+    connect(operators, &Operators::operateRequested, this, &MainWindow::on_operate_clicked);
+    placeOperators();
+    operators->show();
+    if (!table->operators().empty())
+        operators->selectOperator(table->operators().front()->id);
+}
+
+void MainWindow::markRunInProgress()
+{
+    // Only the store tells of the run that goes on; the member keeps how the last ended.
+    successOnAsk = false;
+    store->setValue(QStringLiteral("successOnAsk"), false);
+    store->setValue(QStringLiteral("appWasOkay"), false);
+    store->sync();
+}
+
+void MainWindow::startVersionCheck()
+{
+    downloadManager = new DownloadManager(this);
+    downloadManager->host = versionHost;
+    downloadManager->pathAndQuery = DownloadManager::query(
+        KESTRANE_VERSION_MAJOR, KESTRANE_VERSION_MINOR, serialNumber, kKeyTableVersion);
+    QTimer::singleShot(0, downloadManager, SLOT(execute()));
+}
+
+void MainWindow::restorePosition()
+{
+    const QRect desk = QGuiApplication::primaryScreen()->availableGeometry();
+    move(desk.topLeft() + QPoint(12, 12));
+    const QVariant saved = store->value(QStringLiteral("windowPosition"));
+    if (!rememberPosition || saved.type() != QVariant::Point)
+        return;
+    // A screen may be gone: the title bar has to stay within reach.
+    const QPoint grip = saved.toPoint() + QPoint(60, 10);
+    const auto screens = QGuiApplication::screens();
+    if (std::any_of(screens.begin(), screens.end(), [grip](const QScreen *screen) {
+            return screen->availableGeometry().contains(grip);
+        }))
+        move(saved.toPoint());
+}
+
+void MainWindow::placeOperators()
+{
+    operators->adjustSize();
+    const QRect desk = QGuiApplication::primaryScreen()->availableGeometry();
+    const int below = y() + height() + kGuessedTitleBar + 8;
+    if (below + kGuessedTitleBar + operators->height() <= desk.bottom())
+        operators->move(x(), below);
+    else
+        operators->move(x() + width() + 12, y());
+}
+
+bool MainWindow::mayQuit()
+{
+    const auto changed = [](const image *img) { return img->hasUnsavedChanges(); };
+    if (std::none_of(images.begin(), images.end(), changed))
+        return true;
+    const int answer =
+        question(tr("Important"),
+                 tr("Some images have unsaved changes. If you quit now, those changes will be "
+                    "lost.<br><br><i>Are you sure you want to do that?</i>"),
+                 {tr("Cancel and don't lose changes"), tr("Proceed and lose any changes")}, 1, 0);
+    return answer == 1;
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (shuttingDown) {
+        event->accept();
+        return;
+    }
+    // Work that is going on still holds the images.
+    if (busy > 0 || !mayQuit()) {
+        event->ignore();
+        return;
+    }
+    shuttingDown = true;
+    timerOne.stop();
+    timerTwo.stop();
+    appWasOkay = true;
+    saveSettings();
+    operators->close();
+    const QList<imgWindow *> open = windows;
+    for (imgWindow *window : open)
+        window->close();
+    event->accept();
+}

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/filebag.h"
+#include "app/menustates.h"
+#include "core/workspace.h"
+#include "operators/pipeline/colorblending.h"
+#include "views/viewhost.h"
+
+#include <QMainWindow>
+#include <QMargins>
+#include <QPointer>
+#include <QTimer>
+
+#include <cstdint>
+#include <memory>
+
+class DownloadManager;
+class Operators;
+class QActionGroup;
+class QProgressDialog;
+class QSettings;
+namespace Ui
+{
+class MainWindow;
+}
+
+constexpr int kKeyTableVersion = 1;
+
+/// The control centre, one instance: owns the lists of images and windows, the operator
+/// dialog, the blend state, settings and tables. What the user does ends in one of its
+/// slots or in a key event sent to the current image window.
+class MainWindow : public QMainWindow, public Workspace, public ViewHost
+{
+    Q_OBJECT
+public:
+    using QMainWindow::isWindow;
+    using ViewHost::isWindow;
+
+    MainWindow();
+    ~MainWindow() override;
+
+    /// Loads a file through the load dispatch and opens a window on it; null if that
+    /// failed, which the dispatch has told.
+    image *loadFile(const QString &path);
+    /// Opens these files one after another, from the timer.
+    void openLater(const QStringList &paths);
+    /// Runs the lines of a start-up sequence; a missing file is no error.
+    void runStartupSequence(const QString &fileName);
+    /// Whether the run before this one ended in order.
+    bool lastRunEndedInOrder() const { return appWasOkay; }
+    Operators *operatorDialog() const { return operators; }
+
+    // --- Workspace ------------------------------------------------------------------
+    void refreshViews(image *img) override;
+    void statusText(const QString &text) override;
+    void messageBox(const QString &title, const QString &text) override;
+    int question(const QString &title, const QString &text, const QStringList &buttons,
+                 int goingOnAnswer, int defaultAnswer) override;
+    bool askQuality(int *quality, bool forPng) override;
+    void progress(const QString &text, int64_t done, int64_t total) override;
+    bool cancelRequested() override;
+    void brushCleared() override;
+    void originCleared() override;
+    void showImage(image *img, const FileRecord &record) override;
+    void closeWindowsOf(image *img) override;
+    void undoStateChanged(image *img) override;
+    void previewOutdated() override;
+    void clearAreaSelection(image *img) override;
+
+    // --- ViewHost -------------------------------------------------------------------
+    OperatorTable *operatorTable() override;
+    void makeCurrent(imgWindow *window) override;
+    void commandRunning(bool running, QPointF centre) override;
+    void showLoadDialog() override;
+    void showNewImageDialog() override;
+    void showSaveDialog(imgWindow *window, bool flat) override;
+    void openUrls(const QList<QUrl> &urls) override;
+    void updateMenus() override;
+    void refreshOperatorSource() override;
+    void operate() override;
+    bool globalKey(QKeyEvent *event) override;
+    void pointerOver(imgWindow *window, int x, int y) override;
+    void openView(image *img) override;
+    void windowClosed(imgWindow *window) override;
+    void recordFrameMargins(imgWindow *window) override;
+
+public slots:
+    void OnTimer();
+    void OnTimerTwo();
+
+    void on_actionNew_Image_triggered();
+    void on_actionLoad_Image_2_triggered();
+    void on_actionLoad_Next_Image_triggered();
+    void on_actionSave_Image_triggered();
+    void on_actionClose_All_triggered();
+    void on_actionQuit_triggered();
+    void on_actionUndo_triggered();
+    void on_actionRedo_triggered();
+    void on_actionInvert_Selections_triggered(bool on);
+    void on_actionChecker_triggered(bool on);
+    void on_actionAssign_as_Brush_triggered();
+    void on_actionAssign_as_Origin_triggered();
+    void on_actionClear_Brush_triggered();
+    void on_actionClear_Origin_triggered();
+    void on_actionNext_Image_triggered();
+    void on_actionPrevious_Image_triggered();
+    void on_actionApply_Again_triggered();
+    void on_actionShow_Operators_triggered();
+    void on_actionSet_Undo_Levels_triggered();
+    void on_actionClear_Undos_and_Redos_triggered();
+    void on_actionMemory_Report_2_triggered();
+    void on_actionSet_Zoom_Sep_Size_triggered();
+    void on_actionRemember_Position_triggered(bool on);
+    void on_actionAsk_on_Close_triggered(bool on);
+    void on_actionAbout_triggered();
+    void on_actionMatte_triggered();
+    void on_actionAdd_triggered();
+    void on_actionAdd_Grey_triggered();
+    void on_actionSubtract_Grey_triggered();
+    void on_actionSubtract_triggered();
+    void on_actionMultiply_triggered();
+    void on_actionDivide_triggered();
+    void on_actionDissolve_triggered();
+    void on_actionSoft_Dissolve_triggered();
+    void on_actionForeground_Color_triggered();
+    void on_actionBackground_Color_triggered();
+    void on_operate_clicked();
+    void on_imageList_imagePicked(image *img);
+    /// An entry of the list of open images.
+    void onimageMenuItem();
+    /// A click on one of the two colour wells.
+    void wellClick();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    // mainwindow.cpp: life from construction to quit
+    void allocateTables();
+    void nameFileBags();
+    void loadSettings();
+    void saveSettings();
+    void createOperators();
+    void markRunInProgress();
+    void startVersionCheck();
+    bool mayQuit();
+    void restorePosition();
+    void placeOperators();
+
+    // mainwindow_menus.cpp: menus, labels and the way of a command
+    void buildMenus();
+    void connectCommands();
+    void buildOperatorMenu();
+    void showKeysInMenus();
+    void sendKey(int key, Qt::KeyboardModifiers modifiers);
+    void sendCommand(int number);
+    void setBlendMode(int mode);
+    void markBlendMenu();
+    unsigned satisfiedNeeds() const;
+    void updateEnabledStates();
+    void syncToggles();
+    void fillImageMenu();
+    void activate(imgWindow *window);
+    void stepWindow(int by);
+    void repaintAllWindows();
+
+    // mainwindow_timer.cpp: the numbered duties of the timer
+    void openPending();
+    void dropTransients();
+    void tellRefusedDrop();
+    void repaintAndDiscard();
+    void discardPending();
+
+    // mainwindow_files.cpp
+    QString nextFileOfFolder(const QString &path) const;
+
+    // mainwindow_host.cpp and mainwindow_status.cpp
+    imgWindow *addWindow(image *img, const FileRecord &record);
+    void placeWindow(imgWindow *window);
+    void updateImageList();
+    void updateTitle();
+    void updateAssignmentLabels();
+    void updateAreaLabel();
+    void showStatus();
+    void showWells();
+
+    std::unique_ptr<Ui::MainWindow> ui;
+    std::unique_ptr<QSettings> store;
+    std::unique_ptr<OperatorTable> table;
+    std::unique_ptr<colorblending> blendState;
+    Operators *operators = nullptr; ///< a child, deleted before the table it shows
+    DownloadManager *downloadManager = nullptr;
+    QPointer<QProgressDialog> progressDialog;
+    QActionGroup *blendGroup = nullptr;
+    QActionGroup *operatorGroup = nullptr;
+
+    QTimer timerOne, timerTwo;
+    uint64_t tick = 0;
+    int phase = 0;        ///< 0 to 49, advanced by OnTimer
+    int statusTicks = 0;  ///< age of the status message while it is marked as new
+    int repaintTicks = 0; ///< runs on until the repaint duty was done
+    int busy = 0;         ///< depth of work that must not be re-entered
+    bool cancelled = false;
+    bool areaStale = true;
+
+    void *polyList = nullptr;
+    void *inotePolyList = nullptr;
+    void *colorSpace = nullptr;
+    void *colorSpaceBackup = nullptr;
+
+    FileBag imageFileBag, saveFileBag;
+    MenuStates menuStates;
+    QStringList openQueue;
+    QString refusedUrl;
+    QString status;
+    QString platform; ///< product type, version and kernel version
+    QString serialNumber, versionHost;
+    QMargins frameMargins;
+    int placed = 0; ///< windows placed so far, for the cascade
+    bool originWasSet = false;
+    bool appWasOkay = true;
+    bool successOnAsk = false;
+};

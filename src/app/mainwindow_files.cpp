@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/mainwindow.h"
+
+#include "app/busyguard.h"
+#include "app/newimage.h"
+#include "app/setquality.h"
+#include "formats/load.h"
+#include "formats/save.h"
+#include "views/imgwindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QTextStream>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace
+{
+/// The extensions of files that are read, each as "*.ext".
+QStringList readablePatterns()
+{
+    QStringList patterns;
+    for (const QStringList &list : {qtExtensions(), rawExtensions(),
+                                    QStringList{QStringLiteral(".rgba"), QStringLiteral(".pix")}})
+        for (const QString &extension : list)
+            patterns << QLatin1Char('*') + extension;
+    return patterns;
+}
+
+QString patternsOf(const QStringList &extensions)
+{
+    QStringList patterns;
+    for (const QString &extension : extensions)
+        patterns << QLatin1Char('*') + extension;
+    return patterns.join(QLatin1Char(' '));
+}
+} // namespace
+
+void MainWindow::nameFileBags()
+{
+    imageFileBag.key = QStringLiteral("imageFileBag");
+    imageFileBag.filters =
+        QStringList{tr("Pictures (%1)").arg(readablePatterns().join(QLatin1Char(' '))),
+                    tr("Common pictures (%1)").arg(patternsOf(qtExtensions())),
+                    tr("Camera RAW (%1)").arg(patternsOf(rawExtensions())),
+                    tr("Raw samples (*.rgba)"),
+                    tr("Small grey pictures (*.pix)"),
+                    tr("All files (*)")}
+            .join(QStringLiteral(";;"));
+    saveFileBag.key = QStringLiteral("saveFileBag");
+    saveFileBag.filters = QStringList{tr("PNG picture (*.png)"), tr("JPEG picture (*.jpg *.jpeg)"),
+                                      tr("Raw samples, 16 or 8 bits (*.rgba)")}
+                              .join(QStringLiteral(";;"));
+}
+
+image *MainWindow::loadFile(const QString &path)
+{
+    if (path.isEmpty())
+        return nullptr;
+    const FileRecord record = FileRecord::fromPath(path);
+    BusyGuard guard(busy);
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    image *loaded = loadImageFile(record.fullPath, record.name, &record, true);
+    QApplication::restoreOverrideCursor();
+    if (loaded)
+        imageFileBag.record.folder = record.folder;
+    return loaded;
+}
+
+void MainWindow::openLater(const QStringList &paths)
+{
+    openQueue += paths;
+}
+
+void MainWindow::openUrls(const QList<QUrl> &urls)
+{
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            openQueue << url.toLocalFile();
+        else
+            refusedUrl = url.toDisplayString();
+    }
+}
+
+void MainWindow::runStartupSequence(const QString &fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return;
+    QDir folder = QFileInfo(fileName).absoluteDir();
+    QTextStream text(&file);
+    text.setCodec("UTF-8");
+    QString line;
+    while (text.readLineInto(&line)) {
+        const QStringList words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        if (words.size() < 2)
+            continue;
+        if (words.at(0) == QLatin1String("path"))
+            folder.setPath(folder.absoluteFilePath(words.at(1)));
+        else if (words.at(0) == QLatin1String("load"))
+            loadFile(folder.absoluteFilePath(words.at(1)));
+        else if (words.at(0) == QLatin1String("loadbrush"))
+            if (image *brush = loadFile(folder.absoluteFilePath(words.at(1)))) {
+                assignBrush(brush);
+                updateAssignmentLabels();
+            }
+    }
+}
+
+void MainWindow::showLoadDialog()
+{
+    QFileDialog dialog(this, tr("Load Image"), imageFileBag.record.folder, imageFileBag.filters);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    if (!imageFileBag.record.filter.isEmpty())
+        dialog.selectNameFilter(imageFileBag.record.filter);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    imageFileBag.record.folder = dialog.directory().absolutePath();
+    imageFileBag.record.filter = dialog.selectedNameFilter();
+    openLater(dialog.selectedFiles());
+}
+
+void MainWindow::on_actionNew_Image_triggered()
+{
+    showNewImageDialog();
+}
+
+void MainWindow::on_actionLoad_Image_2_triggered()
+{
+    showLoadDialog();
+}
+
+void MainWindow::on_actionLoad_Next_Image_triggered()
+{
+    const imgWindow *window = validCurrent();
+    QString path = window ? window->img->fullPath : QString();
+    if (path.isEmpty())
+        path = imageFileBag.record.folder + QLatin1Char('/');
+    const QString next = nextFileOfFolder(path);
+    if (next.isEmpty())
+        statusText(tr("No further image in this folder"));
+    else
+        loadFile(next);
+}
+
+QString MainWindow::nextFileOfFolder(const QString &path) const
+{
+    const FileRecord from = FileRecord::fromPath(path);
+    const QDir folder(from.folder);
+    const QStringList names = folder.entryList(readablePatterns(), QDir::Files | QDir::Readable,
+                                               QDir::Name | QDir::IgnoreCase);
+    const auto next = std::find_if(names.begin(), names.end(), [&from](const QString &name) {
+        const int order = name.compare(from.name, Qt::CaseInsensitive);
+        return order > 0 || (order == 0 && name > from.name);
+    });
+    return next == names.end() ? QString() : folder.absoluteFilePath(*next);
+}
+
+void MainWindow::showSaveDialog(imgWindow *window, bool flat)
+{
+    if (!window || !isWindow(window) || !window->validImage())
+        return;
+    image *img = window->img;
+    const QString folder = img->folder.isEmpty() ? saveFileBag.record.folder : img->folder;
+    QFileDialog dialog(window, tr("Save Image"), folder, saveFileBag.filters);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    const auto setSuffix = [&dialog](const QString &filter) {
+        dialog.setDefaultSuffix(
+            filter.section(QStringLiteral("*."), 1, 1).section(QRegExp("[ )]"), 0, 0));
+    };
+    connect(&dialog, &QFileDialog::filterSelected, &dialog, setSuffix);
+    if (!saveFileBag.record.filter.isEmpty())
+        dialog.selectNameFilter(saveFileBag.record.filter);
+    setSuffix(dialog.selectedNameFilter());
+    dialog.selectFile(QFileInfo(img->name).completeBaseName());
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    // The dialog ran an event loop: the window may be gone.
+    if (!isWindow(window) || !window->validImage() || window->img != img)
+        return;
+    FileRecord record = FileRecord::fromPath(dialog.selectedFiles().constFirst());
+    record.filter = dialog.selectedNameFilter();
+    record.forSaving = true;
+    record.isSet = true;
+    saveFileBag.record.folder = record.folder;
+    saveFileBag.record.filter = record.filter;
+    BusyGuard guard(busy);
+    if (!saveImageFile(record, img, flat))
+        return;
+    img->saveBag = record;
+    img->fullPath = record.fullPath;
+    img->folder = record.folder;
+    img->name = record.name;
+    img->rebuildTitle();
+    refreshViews(img);
+}
+
+void MainWindow::on_actionSave_Image_triggered()
+{
+    sendCommand(kCommandSave);
+}

@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/mainwindow.h"
+
+#include "app/newimage.h"
+#include "app/setquality.h"
+#include "operators/base/operatortable.h"
+#include "operators/dialog/operators.h"
+#include "ui_mainwindow.h"
+#include "views/imgwindow.h"
+
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace
+{
+constexpr int kCascadeStep = 28;
+constexpr int kCascadeLength = 8;
+constexpr int kProgressSteps = 1000;
+constexpr int kProgressDelayMs = 700;
+
+/// The widget that a box belongs to, so that it opens above what the user looks at.
+QWidget *boxParent(MainWindow *window, const QWidget *notThis)
+{
+    QWidget *parent = QApplication::activeModalWidget();
+    if (!parent || parent == notThis)
+        parent = QApplication::activeWindow();
+    return !parent || parent == notThis ? window : parent;
+}
+
+const image *rootOf(const image *img)
+{
+    return img->master ? img->master : img;
+}
+} // namespace
+
+void MainWindow::refreshViews(image *img)
+{
+    if (!img)
+        return;
+    const image *root = rootOf(img);
+    for (imgWindow *window : qAsConst(windows)) {
+        if (!window->validImage() || rootOf(window->img) != root)
+            continue;
+        window->refresh();
+        window->setWindowTitle(window->img->title);
+    }
+    ui->imageList->markStale(root);
+    areaStale = true;
+    updateTitle();
+    updateAssignmentLabels();
+}
+
+void MainWindow::messageBox(const QString &title, const QString &text)
+{
+    QMessageBox box(boxParent(this, progressDialog));
+    box.setWindowTitle(title.isEmpty() ? QStringLiteral("Kestrane") : title);
+    box.setTextFormat(Qt::RichText);
+    box.setText(text);
+    box.setIcon(QMessageBox::Information);
+    box.addButton(QMessageBox::Ok);
+    box.exec();
+}
+
+int MainWindow::question(const QString &title, const QString &text, const QStringList &buttons,
+                         int goingOnAnswer, int defaultAnswer)
+{
+    QMessageBox box(boxParent(this, progressDialog));
+    box.setWindowTitle(title.isEmpty() ? QStringLiteral("Kestrane") : title);
+    box.setTextFormat(Qt::RichText);
+    box.setText(text);
+    box.setIcon(QMessageBox::Question);
+    QList<QPushButton *> added;
+    for (const QString &button : buttons)
+        added << box.addButton(button, QMessageBox::ActionRole);
+    if (added.isEmpty())
+        return goingOnAnswer;
+    const int last = added.size() - 1;
+    // Escape must never be the answer that goes on, if there is any other.
+    int escape = defaultAnswer;
+    if (escape == goingOnAnswer || escape < 0 || escape > last)
+        escape = goingOnAnswer == last ? 0 : last;
+    box.setDefaultButton(added.value(defaultAnswer, added.constFirst()));
+    box.setEscapeButton(added.at(escape));
+    box.exec();
+    const int answer = added.indexOf(static_cast<QPushButton *>(box.clickedButton()));
+    return answer < 0 ? escape : answer;
+}
+
+bool MainWindow::askQuality(int *quality, bool forPng)
+{
+    if (!quality)
+        return false;
+    return SetQuality::ask(boxParent(this, progressDialog), quality, forPng);
+}
+
+void MainWindow::progress(const QString &text, int64_t done, int64_t total)
+{
+    if (text.isEmpty() || total <= 0) {
+        delete progressDialog;
+        cancelled = false;
+        return;
+    }
+    if (!progressDialog) {
+        progressDialog = new QProgressDialog(text, tr("Cancel"), 0, kProgressSteps, this);
+        progressDialog->setWindowModality(Qt::ApplicationModal);
+        progressDialog->setMinimumDuration(kProgressDelayMs);
+        progressDialog->setAutoClose(false);
+        progressDialog->setAutoReset(false);
+        cancelled = false;
+    }
+    progressDialog->setLabelText(text);
+    const double part = double(done) / double(total);
+    progressDialog->setValue(int(std::clamp(part, 0.0, 1.0) * kProgressSteps));
+    if (progressDialog)
+        cancelled = cancelled || progressDialog->wasCanceled();
+}
+
+bool MainWindow::cancelRequested()
+{
+    return cancelled;
+}
+
+void MainWindow::showImage(image *img, const FileRecord &record)
+{
+    if (!validImage(img))
+        return;
+    giveSerial(img);
+    if (!images.contains(img))
+        images.append(img);
+    addWindow(img, record);
+    img->viewCount = 1;
+}
+
+void MainWindow::openView(image *img)
+{
+    if (!ownsImage(img) || !validImage(img))
+        return;
+    const imgWindow *first = findWindow(img);
+    addWindow(img, first ? first->bag : FileRecord());
+    ++img->viewCount;
+}
+
+imgWindow *MainWindow::addWindow(image *img, const FileRecord &record)
+{
+    auto *window = new imgWindow(img);
+    if (!windows.contains(window))
+        windows.append(window);
+    window->bag = record;
+    window->setWindowTitle(img->title);
+    window->setWindowIcon(windowIcon());
+    window->fit(true);
+    placeWindow(window);
+    window->show();
+    window->raise();
+    window->activateWindow();
+    makeCurrent(window);
+    updateMenus();
+    return window;
+}
+
+/// Beside the main window and the operator dialog, each a step below the one before.
+void MainWindow::placeWindow(imgWindow *window)
+{
+    const QRect desk = QGuiApplication::primaryScreen()->availableGeometry();
+    int left = desk.left();
+    if (!isMinimized())
+        left = std::max(left, frameGeometry().right());
+    if (operators && operators->isVisible())
+        left = std::max(left, operators->frameGeometry().right());
+    const int shift = placed++ % kCascadeLength * kCascadeStep;
+    const QSize size = window->size().grownBy(frameMargins);
+    const int right = desk.right() - size.width();
+    const int bottom = desk.bottom() - size.height();
+    window->move(std::max(desk.left(), std::min(left + 12 + shift, right)),
+                 std::max(desk.top(), std::min(desk.top() + 12 + shift, bottom)));
+}
+
+void MainWindow::closeWindowsOf(image *img)
+{
+    const QList<imgWindow *> open = windowsOf(img);
+    for (imgWindow *window : open) {
+        // The window may be the one whose event is being handled: it goes later.
+        windows.removeAll(window);
+        window->img = nullptr;
+        window->hide();
+        window->deleteLater();
+        windowClosed(window);
+    }
+    if (validImage(img))
+        img->viewCount = 0;
+}
+
+void MainWindow::windowClosed(imgWindow *window)
+{
+    windows.removeAll(window);
+    if (currentWindow == window) {
+        currentWindow = nullptr;
+        makeCurrent(windows.isEmpty() ? nullptr : windows.constLast());
+    }
+    updateMenus();
+}
+
+void MainWindow::makeCurrent(imgWindow *window)
+{
+    if (window && !isWindow(window))
+        return;
+    const bool other = currentWindow != window;
+    currentWindow = window;
+    if (!other && window)
+        return;
+    areaStale = true;
+    updateTitle();
+    updateMenus();
+    refreshOperatorSource();
+}
+
+void MainWindow::undoStateChanged(image *)
+{
+    updateEnabledStates();
+}
+
+void MainWindow::previewOutdated()
+{
+    if (operators && !table->inPreview)
+        operators->timetopreview();
+}
+
+void MainWindow::refreshOperatorSource()
+{
+    previewOutdated();
+}
+
+void MainWindow::clearAreaSelection(image *img)
+{
+    if (validImage(img) && img->gmask) {
+        img->fillGmask(0);
+        img->maskBackupValid = false;
+    }
+    refreshViews(img);
+}
+
+OperatorTable *MainWindow::operatorTable()
+{
+    return table.get();
+}
+
+void MainWindow::commandRunning(bool running, QPointF)
+{
+    if (running)
+        return;
+    areaStale = true;
+    updateEnabledStates();
+}
+
+void MainWindow::recordFrameMargins(imgWindow *window)
+{
+    if (!window)
+        return;
+    const QRect outer = window->frameGeometry();
+    const QRect inner = window->geometry();
+    frameMargins = QMargins(inner.left() - outer.left(), inner.top() - outer.top(),
+                            outer.right() - inner.right(), outer.bottom() - inner.bottom());
+}
+
+void MainWindow::showNewImageDialog()
+{
+    NewImage dialog(boxParent(this, progressDialog));
+    dialog.exec();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    openUrls(event->mimeData()->urls());
+    event->acceptProposedAction();
+}
