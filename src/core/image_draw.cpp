@@ -2,21 +2,13 @@
 #include "core/bilinear_inline.h"
 #include "core/colour.h"
 #include "core/image.h"
-#include "core/memory.h"
 #include "core/rows.h"
-#include "core/undo.h"
-#include "core/workspace.h"
 
-#include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <cstdlib>
 
 namespace
 {
-/// Side of the square tiles of a turn: rows read and written stay in the first cache.
-constexpr int kTile = 32;
-
 /// Steps along the longer axis of a line, with what the shorter one adds. The error is
 /// accumulated in whole numbers; a start outside of the plane is jumped over at once,
 /// so coordinates from a script cannot make a line take minutes.
@@ -62,22 +54,6 @@ struct LineSteps {
     int majorStep, minorStep;
     uint64_t remaining, error;
 };
-
-/// One plane a quarter turn clockwise: sample (x, y) goes to (height - 1 - y, x).
-void turnPlane(const uint16_t *from, uint16_t *to, int width, int height)
-{
-    parallelRows(width, height, [=](int first, int end) {
-        for (int x0 = first; x0 < end; x0 += kTile)
-            for (int y0 = 0; y0 < height; y0 += kTile) {
-                const int x1 = std::min(x0 + kTile, end), y1 = std::min(y0 + kTile, height);
-                for (int x = x0; x < x1; ++x) {
-                    uint16_t *out = to + int64_t(x) * height + height - 1;
-                    for (int y = y0; y < y1; ++y)
-                        out[-y] = from[int64_t(y) * width + x];
-                }
-            }
-    });
-}
 
 /// Sum of the vertical differences of one plane, in steps of the high byte.
 int64_t planeActivity(const uint16_t *plane, int width, int height, int threshold)
@@ -131,29 +107,6 @@ void image::line(uint16_t *plane, int x1, int y1, int x2, int y2, uint16_t value
 void image::line(uint16_t *plane, int x1, int y1, int x2, int y2) const
 {
     line(plane, x1, y1, x2, y2, 65535);
-}
-
-bool image::quarterTurn()
-{
-    if (!valid())
-        return false;
-    const TrackedBuffer<uint16_t> buffer(size_t(sampleCount()), "quarterTurn buff");
-    if (!buffer)
-        return false;
-    if (Workspace *space = workspace())
-        space->clearAreaSelection(this);
-    clearRedoList(this);
-    saveUndo(this, true);
-    for (uint16_t *plane : workPlanes()) {
-        uint16_t *work = buffer.get();
-        parallelRows(height, width, [=, this](int first, int end) {
-            std::copy(plane + int64_t(first) * width, plane + int64_t(end) * width,
-                      work + int64_t(first) * width);
-        });
-        turnPlane(work, plane, width, height);
-    }
-    std::swap(width, height);
-    return true;
 }
 
 double image::verticalActivity(int threshold, bool allChannels) const

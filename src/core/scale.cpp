@@ -32,32 +32,30 @@ template <class Row>
 void eachPlaneRow(const image &target, Row row)
 {
     parallelRows(target.height, target.width * 4, [&](int first, int end) {
-        for (int y = first; y < end; ++y)
-            for (size_t p = 0; p < 4; ++p)
+        for (size_t p = 0; p < 4; ++p)
+            for (int y = first; y < end; ++y)
                 row(p, y);
     });
 }
 
-/// The source positions of one axis.
+/// The source positions of one axis: the whole part, and the share of the next sample,
+/// which is 0 at the last one because that has no next.
 class ScaleAxis
 {
 public:
     ScaleAxis(int source, int target)
-        : count(target), low(size_t(target), "scale axis"), high(size_t(target), "scale axis"),
-          share(size_t(target), "scale axis")
+        : low(size_t(target), "scale axis"), share(size_t(target), "scale axis")
     {
         const double step = double(source) / double(target);
-        for (int i = 0; usable() && i < target; ++i) {
-            const double at = i * step;
-            low[size_t(i)] = std::min(int(at), source - 1);
-            high[size_t(i)] = std::min(int(at) + 1, source - 1);
-            share[size_t(i)] = at - int(at);
+        for (size_t i = 0; usable() && i < size_t(target); ++i) {
+            const double at = double(i) * step;
+            low[i] = std::min(int(at), source - 1);
+            share[i] = low[i] < source - 1 ? at - low[i] : 0.0;
         }
     }
-    bool usable() const { return low && high && share; }
+    bool usable() const { return low && share; }
 
-    int count;
-    TrackedBuffer<int32_t> low, high;
+    TrackedBuffer<int32_t> low;
     TrackedBuffer<double> share;
 };
 
@@ -66,12 +64,13 @@ bool stretchBilinear(const image &source, image &target)
     const ScaleAxis x(source.width, target.width), y(source.height, target.height);
     if (!x.usable() || !y.usable())
         return false;
-    const ScaleColumns columns = {x.low.get(), x.high.get(), x.share.get(), x.count};
+    const ScaleColumns columns = {x.low.get(), x.share.get(), target.width};
     const auto from = source.colorPlanes(), to = target.colorPlanes();
     eachPlaneRow(target, [&](size_t p, int row) {
         const size_t at = size_t(row);
-        KERNEL_DISPATCH(bilinearRow, from[p] + int64_t(y.low[at]) * source.width,
-                        from[p] + int64_t(y.high[at]) * source.width, columns, y.share[at],
+        const uint16_t *upper = from[p] + int64_t(y.low[at]) * source.width;
+        const uint16_t *lower = y.low[at] < source.height - 1 ? upper + source.width : upper;
+        KERNEL_DISPATCH(bilinearRow, upper, lower, columns, y.share[at],
                         to[p] + int64_t(row) * target.width);
     });
     return true;

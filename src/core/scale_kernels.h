@@ -5,10 +5,11 @@
 
 #include <cstdint>
 
-/// Where each output column of a bilinear scale reads: two columns and the share of the
-/// right one.
+/// Where each output column of a bilinear scale reads: the left one of two neighbouring
+/// columns, and the share of the right one. In the last column of a plane the share is 0,
+/// but the sample after it is read all the same: the spare rows make that safe.
 struct ScaleColumns {
-    const int32_t *left, *right;
+    const int32_t *left;
     const double *share;
     int count;
 };
