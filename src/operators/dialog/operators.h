@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/image.h"
+
 #include <QDialog>
 
 #include <memory>
 
 class OperatorTable;
-class OpPreview;
+class OpWrapper;
 class PageBuilder;
+class imgWindow;
 namespace Ui
 {
 class Operators;
@@ -19,28 +22,148 @@ class Operators : public QDialog
 {
     Q_OBJECT
 public:
-    explicit Operators(OperatorTable *table, QWidget *parent = nullptr);
+    explicit Operators(OperatorTable *shownTable, QWidget *parent = nullptr);
     ~Operators() override;
 
     /// Makes the operator with this id current (0 for none) and rebuilds the page.
     void selectOperator(int id);
     /// Runs the current operator on the small preview image and shows it.
     void refreshPreview();
-    /// Ignored without a current image; else refreshes the preview.
-    void timetopreview();
-    /// Dialog settings (opsX2Preview, opsX, opsY) in the table's store.
+    /// Dialog settings (opsX2Preview, opsX, opsY, the custom colours) in the table's store.
     void settings(bool save);
+    /// Shows the preview type that the workspace's flags stand for.
+    void showPreviewType();
 
     OperatorTable *table;
     QString helpPageName;
     bool beforeShown = false;
+    bool thumbnailUsed = false; ///< the last preview showed the whole image
     bool modShift = false, modMeta = false, modAlt = false, modControl = false;
+
+public slots:
+    /// Refreshes the preview; without a current image nothing runs and it is cleared.
+    void timetopreview();
+    /// Moves the origin of the preview's crop.
+    void prod(int dx, int dy);
+    void colorwellhit(int index, int value);
+
+    // One slot for each place in the page's pools; the page connects them by name.
+    void button0() { pressed(0); }
+    void button1() { pressed(1); }
+    void button2() { pressed(2); }
+    void button3() { pressed(3); }
+    void button4() { pressed(4); }
+    void button5() { pressed(5); }
+    void button6() { pressed(6); }
+    void button7() { pressed(7); }
+    void checkbox0(bool state) { checked(0, state); }
+    void checkbox1(bool state) { checked(1, state); }
+    void checkbox2(bool state) { checked(2, state); }
+    void checkbox3(bool state) { checked(3, state); }
+    void checkbox4(bool state) { checked(4, state); }
+    void checkbox5(bool state) { checked(5, state); }
+    void checkbox6(bool state) { checked(6, state); }
+    void checkbox7(bool state) { checked(7, state); }
+    void checkbox8(bool state) { checked(8, state); }
+    void combo0(int value) { chosen(0, value); }
+    void combo1(int value) { chosen(1, value); }
+    void combo2(int value) { chosen(2, value); }
+    void combo3(int value) { chosen(3, value); }
+    void combo4(int value) { chosen(4, value); }
+    void combo5(int value) { chosen(5, value); }
+    void combo6(int value) { chosen(6, value); }
+    void combo7(int value) { chosen(7, value); }
+    void combo8(int value) { chosen(8, value); }
+    void combo9(int value) { chosen(9, value); }
+    void combo10(int value) { chosen(10, value); }
+    void combo11(int value) { chosen(11, value); }
+    void combo12(int value) { chosen(12, value); }
+    void intspin0(int value) { spun(0, value); }
+    void intspin1(int value) { spun(1, value); }
+    void intspin2(int value) { spun(2, value); }
+    void intspin3(int value) { spun(3, value); }
+    void intspin4(int value) { spun(4, value); }
+    void intspin5(int value) { spun(5, value); }
+    void intspin6(int value) { spun(6, value); }
+    void intspin7(int value) { spun(7, value); }
+    void intspin8(int value) { spun(8, value); }
+    void dubspin0(double value) { spunDouble(0, value); }
+    void dubspin1(double value) { spunDouble(1, value); }
+    void dubspin2(double value) { spunDouble(2, value); }
+    void dubspin3(double value) { spunDouble(3, value); }
+    void dubspin4(double value) { spunDouble(4, value); }
+    void dubspin5(double value) { spunDouble(5, value); }
+    void dubspin6(double value) { spunDouble(6, value); }
+    void dubspin7(double value) { spunDouble(7, value); }
+    void dubspin8(double value) { spunDouble(8, value); }
+    void slider0(int value) { slid(0, value); }
+    void slider1(int value) { slid(1, value); }
+    void slider2(int value) { slid(2, value); }
+    void slider3(int value) { slid(3, value); }
+    void slider4(int value) { slid(4, value); }
+    void slider5(int value) { slid(5, value); }
+    void lineeditor0(const QString &text) { typed(0, text); }
+    void lineeditor1(const QString &text) { typed(1, text); }
+    void editor0();
 
 signals:
     /// The Apply button was pressed.
     void operateRequested();
 
-    // Slots, page builder and preview belong to the dialog's own files.
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private slots:
+    void on_opCombo_currentIndexChanged(int row);
+    void on_comboBox_currentIndexChanged(int row);
+    void on_reset_clicked();
+    void on_before_pressed();
+    void on_before_released();
+    void on_setHotkey_clicked();
+    void on_operate_clicked();
+
 private:
+    OpWrapper *currentOperator() const;
+    /// The current window if it and its image are live, else null.
+    imgWindow *currentView() const;
+    void fillOperatorCombo();
+    void updateButtons();
+    void savePlace();
+    void restorePlace();
+
+    // What the page's slots do: the operator's handler, then the preview.
+    void pressed(int index);
+    void checked(int index, bool state);
+    void chosen(int index, int value);
+    void spun(int index, int value);
+    void spunDouble(int index, double value);
+    void slid(int index, int value);
+    void typed(int index, const QString &text);
+
+    /// The crop or thumbnail that a preview starts from, and where it goes.
+    struct PreviewPlan {
+        const image *source;
+        image *target;
+        int x, y;
+        bool x2;
+    };
+    void makeInternalImages();
+    bool planPreview(imgWindow *window, PreviewPlan *plan);
+    void runPreview(const PreviewPlan &plan);
+    void clearPreview();
+
+    void recordModifiers(Qt::KeyboardModifiers modifiers);
+    bool passToMainWindow(QKeyEvent *event);
+    bool viewKey(int key);
+    bool moveByArrow(int key);
+    void setOrigin(int x, int y);
+    void stepOperator(int step);
+    void refuseKey(const QString &title, const QString &text);
+    void assignHotkey(OpWrapper *op, const QString &key);
+
     std::unique_ptr<Ui::Operators> ui;
+    PageBuilder *builder = nullptr;
+    std::unique_ptr<image> preview, previewHalf, previewThumb;
 };

@@ -1,1 +1,114 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "operators/dialog/oppreview.h"
+
+#include "core/image.h"
+#include "core/workspace.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace
+{
+constexpr int kCheckerSquare = 8;
+
+/// What shows through where the picture is not opaque.
+class Background
+{
+public:
+    explicit Background(QRgb plain) : dark(plain), light(plain)
+    {
+        const Workspace *state = workspace();
+        if (!state || !state->checkerOn)
+            return;
+        dark = qRgb(state->checkerDark, state->checkerDark, state->checkerDark);
+        light = qRgb(state->checkerLight, state->checkerLight, state->checkerLight);
+    }
+    QRgb at(int x, int y) const
+    {
+        const bool odd = ((x / kCheckerSquare) & 1) != ((y / kCheckerSquare) & 1);
+        return odd ? light : dark;
+    }
+
+private:
+    QRgb dark, light;
+};
+
+int mixByte(int sample, int under, double opacity)
+{
+    return int((sample >> 8) * opacity + under * (1 - opacity));
+}
+
+QRgb pixel(const image &picture, int64_t i, QRgb under)
+{
+    if (picture.alpha[i] == 65535)
+        return qRgb(picture.red[i] >> 8, picture.green[i] >> 8, picture.blue[i] >> 8);
+    const double opacity = picture.alpha[i] / kWhite;
+    return qRgb(mixByte(picture.red[i], qRed(under), opacity),
+                mixByte(picture.green[i], qGreen(under), opacity),
+                mixByte(picture.blue[i], qBlue(under), opacity));
+}
+} // namespace
+
+OpPreview::OpPreview(QWidget *parent) : QWidget(parent)
+{
+    setFixedSize(kPreviewSide, kPreviewSide);
+}
+
+void OpPreview::setPicture(const image *picture, bool x2)
+{
+    const int shift = x2 ? 1 : 0;
+    const int side = kPreviewSide >> shift;
+    if (!picture || !picture->valid() || picture->width < side || picture->height < side) {
+        buffer = QPixmap();
+        update();
+        return;
+    }
+    const Background background(palette().color(QPalette::Window).rgb());
+    QImage drawn(kPreviewSide, kPreviewSide, QImage::Format_RGB32);
+    for (int y = 0; y < kPreviewSide; ++y) {
+        QRgb *line = reinterpret_cast<QRgb *>(drawn.scanLine(y));
+        const int64_t row = int64_t(y >> shift) * picture->width;
+        for (int x = 0; x < kPreviewSide; ++x)
+            line[x] = pixel(*picture, row + (x >> shift), background.at(x, y));
+    }
+    buffer = QPixmap::fromImage(drawn);
+    update();
+}
+
+void OpPreview::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    // On a dense screen each pixel of the buffer becomes a whole block: what the operator
+    // does to single pixels is what one wants to see.
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    if (!buffer.isNull())
+        painter.drawPixmap(rect(), buffer);
+}
+
+void OpPreview::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    startX = qRound(event->localPos().x());
+    startY = qRound(event->localPos().y());
+    lastOffset = QPoint();
+    dragging = true;
+}
+
+void OpPreview::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!dragging)
+        return;
+    const QPoint offset(qRound(event->localPos().x()) - startX,
+                        qRound(event->localPos().y()) - startY);
+    const QPoint change = offset - lastOffset;
+    lastOffset = offset;
+    if (!change.isNull())
+        emit prod(change.x(), change.y());
+}
+
+void OpPreview::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        dragging = false;
+}
