@@ -162,8 +162,6 @@ void takeTexts(const QImage &picture, image &img)
 int64_t bestPixelsPerByte(const QByteArray &format)
 {
     constexpr int64_t deflatedBits = 1032 * 8;
-    if (format == "webp")
-        return INT64_MAX; // one colour of any size takes some thirty bytes; 16383 a side
     if (format == "pbm" || format == "xbm")
         return 8;
     if (format == "pgm" || format == "ppm" || format == "xpm")

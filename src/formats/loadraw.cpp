@@ -11,7 +11,6 @@
 #include <libraw/libraw.h>
 
 #include <algorithm>
-#include <exception>
 
 namespace
 {
