@@ -235,7 +235,7 @@ void MainWindow::wellClick()
     int *green = fore ? &foreGreen : &backGreen;
     int *blue = fore ? &foreBlue : &backBlue;
     const QColor chosen =
-        QColorDialog::getColor(QColor(*red >> 8, *green >> 8, *blue >> 8), this,
+        QColorDialog::getColor((fore ? ui->foreWell : ui->backWell)->color(), this,
                                fore ? tr("Foreground Colour") : tr("Background Colour"));
     if (!chosen.isValid())
         return;

@@ -44,8 +44,8 @@ void MainWindow::buildMenus()
     ui->menuOpen_Images->menuAction()->setProperty("needs", "windows");
     ui->menuShow_At->menuAction()->setProperty("needs", "image");
     connect(ui->menuOpen_Images, &QMenu::aboutToShow, this, &MainWindow::fillImageMenu);
-    connect(ui->foreWell, &QToolButton::clicked, this, &MainWindow::wellClick);
-    connect(ui->backWell, &QToolButton::clicked, this, &MainWindow::wellClick);
+    connect(ui->foreWell, &ColorWell::clicked, this, &MainWindow::wellClick);
+    connect(ui->backWell, &ColorWell::clicked, this, &MainWindow::wellClick);
     blendGroup = new QActionGroup(this);
     blendGroup->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     for (QAction *action : ui->menuBlend_Mode->actions())

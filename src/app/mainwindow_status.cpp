@@ -4,7 +4,6 @@
 #include "ui_mainwindow.h"
 #include "views/imgwindow.h"
 
-#include <QPainter>
 #include <QResizeEvent>
 #include <QStatusBar>
 
@@ -15,17 +14,6 @@ constexpr int kNamePixels = 130; ///< of an image's name in the small labels
 QString shortName(const QLabel *label, const image *img)
 {
     return label->fontMetrics().elidedText(img->name, Qt::ElideMiddle, kNamePixels).toHtmlEscaped();
-}
-
-QIcon colourIcon(QSize size, double ratio, int red, int green, int blue)
-{
-    QPixmap pixmap(size * ratio);
-    pixmap.setDevicePixelRatio(ratio);
-    pixmap.fill(QColor(red >> 8, green >> 8, blue >> 8));
-    QPainter painter(&pixmap);
-    painter.setPen(QColor(0x80, 0x80, 0x80));
-    painter.drawRect(0, 0, size.width() - 1, size.height() - 1);
-    return pixmap;
 }
 } // namespace
 
@@ -138,8 +126,6 @@ void MainWindow::pointerOver(imgWindow *window, int x, int y)
 
 void MainWindow::showWells()
 {
-    const double ratio = devicePixelRatioF();
-    const QSize size = ui->foreWell->iconSize();
-    ui->foreWell->setIcon(colourIcon(size, ratio, foreRed, foreGreen, foreBlue));
-    ui->backWell->setIcon(colourIcon(size, ratio, backRed, backGreen, backBlue));
+    ui->foreWell->setColor16(foreRed, foreGreen, foreBlue);
+    ui->backWell->setColor16(backRed, backGreen, backBlue);
 }
