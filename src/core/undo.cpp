@@ -103,17 +103,18 @@ bool hasEntry(const SnapshotList &list)
     return uint16_t(list.size()) != 0;
 }
 
-/// Copies the newest entry of a list into the image's own planes and deletes the entry.
-/// An entry of another sample count does not fit into them; it is only deleted.
-void applyNewest(image *img, SnapshotList *list)
+/// Restoring copies into the planes as they stand, so the sample count must be the same.
+bool fits(const image *snapshot, const image *img)
 {
-    const std::unique_ptr<image> snapshot(list->takeLast());
-    if (!snapshot->valid() || snapshot->sampleCount() != img->sampleCount())
-        return;
-    img->copyWorkPlanes(*snapshot);
-    img->width = snapshot->width;
-    img->height = snapshot->height;
-    copyFields(*snapshot, img);
+    return snapshot->valid() && snapshot->sampleCount() == img->sampleCount();
+}
+
+void restore(image *img, const image &snapshot)
+{
+    img->copyWorkPlanes(snapshot);
+    img->width = snapshot.width;
+    img->height = snapshot.height;
+    copyFields(snapshot, img);
 }
 
 void clearList(image *img, SnapshotList *list)
@@ -226,8 +227,11 @@ void undo(image *img)
 {
     if (!img || !img->valid() || !hasEntry(img->undoList))
         return;
-    saveRedo(img);
-    applyNewest(img, &img->undoList);
+    if (fits(img->undoList.last(), img)) {
+        saveRedo(img);
+        restore(img, *img->undoList.last());
+    }
+    delete img->undoList.takeLast();
     notify(img);
 }
 
@@ -235,8 +239,11 @@ void redo(image *img)
 {
     if (!img || !img->valid() || !hasEntry(img->redoList))
         return;
-    saveUndo(img, true);
-    applyNewest(img, &img->redoList);
+    if (fits(img->redoList.last(), img)) {
+        saveUndo(img, true);
+        restore(img, *img->redoList.last());
+    }
+    delete img->redoList.takeLast();
     notify(img);
 }
 

@@ -70,9 +70,11 @@ bool Workspace::ownsImage(const image *img) const
 {
     // Only the listed images are read: the pointer asked about may dangle.
     return img && std::any_of(images.begin(), images.end(), [img](const image *listed) {
-               return listed == img ||
-                      (listed && (listed->master == img ||
-                                  listed->layers.contains(const_cast<image *>(img))));
+               if (!listed || listed == img)
+                   return listed == img;
+               const auto &layers = listed->layers;
+               return listed->master == img ||
+                      std::find(layers.begin(), layers.end(), img) != layers.end();
            });
 }
 
