@@ -67,14 +67,6 @@ private:
     image *origin = nullptr;
 };
 
-void recordUndo(image *target, bool fromWindow)
-{
-    beginAct(target);
-    target->changed = true;
-    if (fromWindow && workspace())
-        workspace()->undoStateChanged(target);
-}
-
 /// The views of the image follow, and the master of a layer at its next paint.
 void tellViews(image *target, image *master, bool preview)
 {
@@ -158,8 +150,10 @@ void OperatorTable::apply(image *target, bool fromWindow)
         return;
     if (!internal)
         lastOp = id;
-    if (recordsUndo(id))
-        recordUndo(target, fromWindow);
+    if (recordsUndo(id)) {
+        beginAct(target);
+        target->changed = true;
+    }
     image *master = target->kind == 2 ? target->master : nullptr;
     if (op->self) {
         const InUse marks(target);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/filter/exposure.h"
 
-#include "core/colour.h"
+#include "core/colour_inline.h"
 #include "core/image.h"
 #include "core/rows.h"
 #include "operators/pipeline/linearmix.h"
@@ -33,9 +33,9 @@ void exposeValue(image *target, size_t i, double k)
         return;
     const double m = target->gmask[i] / kWhite;
     const Rgb old{double(target->red[i]), double(target->green[i]), double(target->blue[i])};
-    Hsv hsv = rgbToHsv(old);
+    Hsv hsv = inlined::rgbToHsv(old);
     hsv.value = lesser(hsv.value * k, 100.0);
-    const Rgb exposed = hsvToRgb(hsv);
+    const Rgb exposed = inlined::hsvToRgb(hsv);
     target->red[i] = uint16_t(int(mixLinear(old.red, exposed.red, m)));
     target->green[i] = uint16_t(int(mixLinear(old.green, exposed.green, m)));
     target->blue[i] = uint16_t(int(mixLinear(old.blue, exposed.blue, m)));

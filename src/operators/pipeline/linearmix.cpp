@@ -4,6 +4,8 @@
 #include "core/rows.h"
 #include "operators/pipeline/linearmix_kernels.h"
 
+#include <algorithm>
+
 namespace
 {
 /// Rows have no padding, so a band of them is one span.
@@ -22,7 +24,8 @@ void overBands(image *target, const Kernel &kernel)
 
 void mixScaled(image *target, double k)
 {
-    overBands(target, [k](const MixSpan &span) { KERNEL_DISPATCH(scaleSpan, span, k); });
+    const double factor = !(k > 0.0) ? 0.0 : std::min(k, 1000.0);
+    overBands(target, [factor](const MixSpan &span) { KERNEL_DISPATCH(scaleSpan, span, factor); });
 }
 
 void mixComplement(image *target)

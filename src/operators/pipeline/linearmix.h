@@ -12,7 +12,8 @@ inline double mixLinear(double c, double result, double m)
     return c * (1.0 - m) + result * m;
 }
 
-/// Red, green and blue become min(k * sample, 65535), mixed in by the mask; k >= 0.
+/// Red, green and blue become min(k * sample, 65535), mixed in by the mask.
+/// `k` is limited to 0 to 1000, so that no product leaves the whole numbers.
 void mixScaled(image *target, double k);
 
 /// Red, green and blue become 65535 - sample, mixed in by the mask.

@@ -7,7 +7,13 @@ constexpr double kFull = 65535.0;
 
 struct Scaled {
     double k;
-    uint16_t store(uint16_t c) const { return uint16_t(int(result(double(int(c))))); }
+    /// The limit is a whole number, so it may as well be applied after the truncation,
+    /// where the vector units pack and limit in one step.
+    uint16_t store(uint16_t c) const
+    {
+        const int scaled = int(k * double(int(c)));
+        return uint16_t(scaled < 65535 ? scaled : 65535);
+    }
     double result(double c) const { return k * c < kFull ? k * c : kFull; }
 };
 
