@@ -8,21 +8,38 @@
 #include <QList>
 #include <QPoint>
 #include <QPointF>
+#include <QTimer>
 
 #include <cstdint>
 
 class QKeyEvent;
+class QMouseEvent;
+class QPainter;
 class image;
+struct ViewGeometry;
 
 constexpr uint32_t kWindowMark = 0xBDEEEAFD;
 constexpr int kZoomEntries = 510;
 constexpr int kZoomsFilled = 502;
+constexpr int kLastFitIndex = 500; ///< the fit looks no further in the table
+constexpr int kLeastFitWidth = 80;
+constexpr int kCommandLast = 155;
 
 /// Commands that the design leaves free and this program uses.
 enum WindowCommandNumber {
     kCommandCentre = 1,
     kCommandZoomOne = 2,
     kCommandHome = 3,
+    kCommandUp10 = 4,
+    kCommandUp = 5,
+    kCommandDown10 = 6,
+    kCommandDown = 7,
+    kCommandLeft10 = 8,
+    kCommandLeft = 9,
+    kCommandRight10 = 10,
+    kCommandRight = 11,
+    kCommandGridColor = 12,
+    kCommandGrid = 13,
     kCommandUndo = 14,
     kCommandShowAtOne = 15,
     kCommandZoomIn = 16,
@@ -47,6 +64,7 @@ enum WindowCommandNumber {
     kCommandLoadDialog = 115,
     kCommandNewDialog = 116,
     kCommandRecentFirst = 117,
+    kCommandRecentLast = 149,
     kCommandGroupUndo = 150,
     kCommandFillScreen = 152,
     kCommandGroupRedo = 153,
@@ -63,7 +81,8 @@ public:
     ~imgWindow() override;
 
     bool valid() const { return validMark == kWindowMark; }
-    /// The window and its image are both live.
+    /// The window and its image are both live. The image has to be in the workspace's
+    /// list, or a part of one that is, before its mark is read.
     bool validImage() const;
 
     QPoint imageToWindow(QPointF position) const;
@@ -78,8 +97,11 @@ public:
     void showAt(double scale);
     /// Recomputes the fit, renders anew, repaints.
     void repaintAll();
-    /// Renders anew and repaints, keeping size, zoom and pan.
+    /// The image changed: renders anew and repaints, keeping size, zoom and pan unless the
+    /// image has got another aspect.
     void refresh();
+    /// The selection or the grid changed: repaints without rendering the image again.
+    void refreshOverlay();
     /// Runs a window command, 1 to 155.
     void command(int number);
     /// Fills the zoom table from the setting zoomSteps and stands at scale 1.
@@ -92,6 +114,13 @@ public:
     void fit(bool open);
     /// width / (height x (xDpi / yDpi)) of the image.
     double shownAspect() const;
+    /// Sets the zoom to a table entry so that the image stays where it is under `anchor`,
+    /// a client position. Nothing if that entry would show too little or too much.
+    void zoomTo(int index, QPointF anchor);
+    /// Image samples for each device pixel of the client, and their number.
+    ViewGeometry geometryShown() const;
+    /// How often the picture was rendered into the cache.
+    int renderCount() const { return renders; }
 
     image *img = nullptr;
     float *zooms = nullptr; ///< tracked, kZoomEntries entries
@@ -109,8 +138,9 @@ public:
     bool control = false, shift = false, alt = false, meta = false;
     uint32_t validMark = 0;
     QImage cache;
-    QKeyEvent *event_ = nullptr;
+    QKeyEvent *event_ = nullptr; ///< only while it is handled
     FileRecord bag;
+    bool gridShown = false;
 
 public slots:
     void ona10to1triggered();
@@ -141,9 +171,65 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
-    // The rest of the class belongs to the views floor and may grow there.
+public:
+    /// Escape and the like close by the same questions as the frame's button.
+    void reject() override;
+
 private:
+    QPointF clientCentre() const { return {width() / 2.0, height() / 2.0}; }
+    /// Samples per client pixel; false, with a debug line that starts with `caller`,
+    /// if there are none.
+    bool steps(const char *caller, double *xStep, double *yStep) const;
+    void placeAt(QPointF position, QPointF client);
+
+    // Size
+    int widthThatFits(double aspect) const;
+    QRect desktop() const;
+    QSize frameSize() const;
+    void setClient(int wantedWidth, double wantedHeight);
+    void settleAspect();
+
+    // Commands
+    void runCommand(int number);
+    bool panCommand(int number);
+    bool viewCommand(int number);
+    bool actCommand(int number);
+    void pan(int dx, int dy);
+    void fitView();
+    void viewMoved();
+    void fillScreen();
+
+    // Paint
+    void render();
+    void drawGrid(QPainter *painter) const;
+    void drawSelection(QPainter *painter);
+
+    // Mouse
+    bool dragsView(const QMouseEvent *event) const;
+    void dragView(QPointF position);
+    void reportPointer(QPointF position);
+    void choosePreview(QPointF position);
+
+    // Close
+    bool lastView() const;
+    bool mayClose();
+    void closeInCloseAll();
+    void leaveList();
+    void closeLastView();
+
     bool painting = false;
     bool fitting = false;
+    bool outlineStale = true;
+    QImage outline; ///< of the selection, as `cache` shows the image
+    int renders = 0;
+    QSize asked; ///< client size that the last fit asked for
+    double fittedAspect = 0;
+    QTimer settle; ///< runs out when the person has stopped resizing
+    bool spaceHeld = false;
+    bool draggingView = false;
+    QPointF dragFrom;  ///< image position under the mouse when the drag began
+    int wheelRest = 0; ///< parts of a wheel notch not used yet
 };

@@ -1,1 +1,192 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/image.h"
+#include "core/workspace.h"
+#include "views/imgwindow.h"
+#include "views/keytable.h"
+#include "views/viewhost.h"
+
+#include <QDebug>
+#include <QDragEnterEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+
+#include <cmath>
+
+namespace
+{
+constexpr int kWheelNotch = 120;
+constexpr int kPreviewSide = 100; ///< of the operator preview's crop, half of it at 2x
+} // namespace
+
+// --- Keys -------------------------------------------------------------------------------
+
+void imgWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (!event || !validImage())
+        return;
+    event_ = event;
+    lastKey = event->key();
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    control = modifiers & Qt::ControlModifier;
+    shift = modifiers & Qt::ShiftModifier;
+    alt = modifiers & Qt::AltModifier;
+    meta = modifiers & Qt::MetaModifier;
+    if (lastKey == Qt::Key_Space && !event->isAutoRepeat()) {
+        spaceHeld = true;
+        setCursor(Qt::OpenHandCursor);
+    }
+    // Set first: a command may open a box, whose event loop can outlive this window.
+    event->accept();
+    const int number = keyTable().command(lastKey, modifiers);
+    ViewHost *host = viewHost();
+    if (number > 0)
+        command(number);
+    else if (lastKey != Qt::Key_Space && !(host && host->globalKey(event)))
+        event->ignore();
+    event_ = nullptr;
+}
+
+void imgWindow::keyReleaseEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Shift)
+        shift = false;
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) {
+        spaceHeld = false;
+        if (!draggingView)
+            unsetCursor();
+    }
+}
+
+// --- Mouse ------------------------------------------------------------------------------
+
+bool imgWindow::dragsView(const QMouseEvent *event) const
+{
+    return event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && spaceHeld);
+}
+
+void imgWindow::mousePressEvent(QMouseEvent *event)
+{
+    if (!event || !validImage())
+        return;
+    if (ViewHost *host = viewHost())
+        host->makeCurrent(this);
+    if (dragsView(event)) {
+        draggingView = true;
+        dragFrom = windowToImage(event->localPos().x(), event->localPos().y());
+        setCursor(Qt::ClosedHandCursor);
+    } else if (event->button() == Qt::LeftButton) {
+        choosePreview(event->localPos());
+    }
+}
+
+void imgWindow::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (!event || !draggingView || event->buttons() & (Qt::LeftButton | Qt::MiddleButton))
+        return;
+    draggingView = false;
+    if (spaceHeld)
+        setCursor(Qt::OpenHandCursor);
+    else
+        unsetCursor();
+}
+
+void imgWindow::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!event) {
+        qDebug() << "NULL QMouseEvent pointer in imgWindow!";
+        return;
+    }
+    if (!validImage())
+        return;
+    if (draggingView)
+        dragView(event->localPos());
+    else if (event->buttons() & Qt::LeftButton)
+        choosePreview(event->localPos());
+    reportPointer(event->localPos());
+}
+
+void imgWindow::leaveEvent(QEvent *event)
+{
+    QDialog::leaveEvent(event);
+    if (ViewHost *host = viewHost())
+        host->pointerOver(this, -1, -1);
+}
+
+void imgWindow::dragView(QPointF position)
+{
+    const int beforeX = panX, beforeY = panY;
+    placeAt(dragFrom, position);
+    if (panX != beforeX || panY != beforeY)
+        viewMoved();
+}
+
+/// The operator preview shows the surroundings of the place pressed.
+void imgWindow::choosePreview(QPointF position)
+{
+    const QPoint sample = windowToSample(position.x(), position.y());
+    const int side = workspace()->opsX2Preview ? kPreviewSide / 2 : kPreviewSide;
+    previewX = sample.x() - side / 2;
+    previewY = sample.y() - side / 2;
+    if (ViewHost *host = viewHost())
+        host->refreshOperatorSource();
+    paintOverlayOnly = true;
+    update();
+}
+
+void imgWindow::reportPointer(QPointF position)
+{
+    ViewHost *host = viewHost();
+    if (!host)
+        return;
+    const QPointF place = windowToImage(position.x(), position.y());
+    const bool inside = place.x() >= 0.0 && place.y() >= 0.0 && place.x() < img->width &&
+                        place.y() < img->height && rect().contains(position.toPoint());
+    host->pointerOver(this, inside ? int(place.x()) : -1, inside ? int(place.y()) : -1);
+}
+
+void imgWindow::wheelEvent(QWheelEvent *event)
+{
+    event->accept();
+    const QPoint delta = event->angleDelta();
+    if (event->modifiers() & Qt::ControlModifier) {
+        wheelRest += delta.y();
+        const int notches = wheelRest / kWheelNotch;
+        wheelRest -= notches * kWheelNotch;
+        if (notches != 0)
+            zoomTo(zoomIndex + notches, event->position());
+        return;
+    }
+    if (delta.x() != 0)
+        command(delta.x() < 0 ? kCommandLeft : kCommandRight);
+    if (delta.y() != 0)
+        command(delta.y() < 0 ? kCommandUp : kCommandDown);
+}
+
+// --- Activation and drops -----------------------------------------------------------------
+
+void imgWindow::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange)
+        return;
+    if (isActiveWindow() && validImage() && viewHost() && viewHost()->isWindow(this))
+        viewHost()->makeCurrent(this);
+    if (!isActiveWindow()) // the release of the space bar went elsewhere
+        spaceHeld = false;
+}
+
+void imgWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void imgWindow::dropEvent(QDropEvent *event)
+{
+    if (!event->mimeData()->hasUrls())
+        return;
+    event->acceptProposedAction();
+    if (ViewHost *host = viewHost())
+        host->openUrls(event->mimeData()->urls());
+}

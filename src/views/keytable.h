@@ -24,6 +24,7 @@ public:
     /// The first key of a command as key | modifiers, 0 if it has none.
     int keyOf(int commandNumber) const;
     QKeySequence sequenceOf(int commandNumber) const;
+    /// Gives a key a command, in place of the one it had; 0 takes it away.
     void bind(int keyWithModifiers, int commandNumber);
 
     struct Binding {

@@ -1,1 +1,101 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/render_kernels.h"
+
+#include "core/colour_inline.h"
+
+#include <cstddef>
+#include <cstring>
+
+namespace
+{
+/// Gathering is scalar and mixing is not: samples go through small arrays in between.
+constexpr int kChunk = 256;
+
+struct Chunk {
+    uint16_t red[kChunk], green[kChunk], blue[kChunk], alpha[kChunk];
+};
+
+/// Exactly value / 65535 for every sum of two products that weigh samples by alpha and
+/// its complement.
+inline uint32_t overWhite(uint32_t value)
+{
+    return (value + 1 + (value >> 16)) >> 16;
+}
+
+inline uint32_t mixedByte(uint32_t sample, uint32_t alpha, uint32_t backdrop)
+{
+    return overWhite(sample * alpha + backdrop * (65535U - alpha)) >> 8;
+}
+
+void gather(const RenderJob &job, int64_t base, const int32_t *columns, int count, Chunk *chunk)
+{
+    for (int i = 0; i < count; ++i) {
+        const int64_t at = base + columns[i];
+        chunk->red[i] = job.red[at];
+        chunk->green[i] = job.green[at];
+        chunk->blue[i] = job.blue[at];
+        chunk->alpha[i] = job.alpha[at];
+    }
+}
+
+void decodeYrb(Chunk *chunk, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        const Rgb rgb = inlined::yrbToRgb(
+            {double(chunk->red[i]), double(chunk->green[i]), double(chunk->blue[i])});
+        chunk->red[i] = uint16_t(rgb.red);
+        chunk->green[i] = uint16_t(rgb.green);
+        chunk->blue[i] = uint16_t(rgb.blue);
+    }
+}
+
+void mix(const Chunk &chunk, const uint16_t *backdrop, int count, uint32_t *out)
+{
+    for (int i = 0; i < count; ++i) {
+        const uint32_t a = chunk.alpha[i], grey = backdrop[i];
+        out[i] = 0xFF000000U | mixedByte(chunk.red[i], a, grey) << 16 |
+                 mixedByte(chunk.green[i], a, grey) << 8 | mixedByte(chunk.blue[i], a, grey);
+    }
+}
+
+void fillPixels(uint32_t *out, int first, int end, uint32_t value)
+{
+    for (int x = first; x < end; ++x)
+        out[x] = value;
+}
+
+void renderRow(const RenderJob &job, int row, int phase, uint32_t *out)
+{
+    const int64_t base = int64_t(row) * job.imageWidth;
+    fillPixels(out, 0, job.firstColumn, job.surround);
+    fillPixels(out, job.endColumn, job.outWidth, job.surround);
+    Chunk chunk;
+    for (int x = job.firstColumn; x < job.endColumn; x += kChunk) {
+        const int count = job.endColumn - x < kChunk ? job.endColumn - x : kChunk;
+        gather(job, base, job.columns + x, count, &chunk);
+        if (job.yrb)
+            decodeYrb(&chunk, count);
+        mix(chunk, job.backdrop[phase] + x, count, out + x);
+    }
+}
+} // namespace
+
+namespace KERNEL_NAMESPACE
+{
+void renderRows(const RenderJob &job, int first, int end)
+{
+    int lastRow = -1, lastPhase = 0;
+    for (int y = first; y < end; ++y) {
+        uint32_t *out = job.out + int64_t(y) * job.outWidth;
+        const int row = job.rows[y], phase = (y / job.cell) & 1;
+        if (row < 0)
+            fillPixels(out, 0, job.outWidth, job.surround);
+        else if (row == lastRow && phase == lastPhase) // zoomed in, rows repeat
+            std::memcpy(out, out - job.outWidth, size_t(job.outWidth) * sizeof(uint32_t));
+        else
+            renderRow(job, row, phase, out);
+        lastRow = row;
+        lastPhase = phase;
+    }
+}
+} // namespace KERNEL_NAMESPACE

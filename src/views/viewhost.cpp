@@ -1,1 +1,87 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/viewhost.h"
+
+#include "core/image.h"
+#include "views/imgwindow.h"
+
+#include <QDebug>
+
+namespace
+{
+ViewHost *theHost = nullptr;
+} // namespace
+
+ViewHost *viewHost()
+{
+    return theHost;
+}
+
+ViewHost::ViewHost()
+{
+    theHost = this;
+}
+
+ViewHost::~ViewHost()
+{
+    if (theHost == this)
+        theHost = nullptr;
+}
+
+imgWindow *ViewHost::validCurrent() const
+{
+    if (windows.isEmpty() || !isWindow(currentWindow))
+        return nullptr;
+    return currentWindow->validImage() ? currentWindow : nullptr;
+}
+
+imgWindow *ViewHost::findWindow(const image *img) const
+{
+    for (imgWindow *window : windows) {
+        if (!window || !window->valid())
+            qDebug() << "Bad window in findWindow(image *im) !!!";
+        else if (img && window->img == img)
+            return window;
+    }
+    return nullptr;
+}
+
+QList<imgWindow *> ViewHost::windowsOf(const image *img) const
+{
+    QList<imgWindow *> found;
+    for (imgWindow *window : windows)
+        if (window && window->valid() && img && window->img == img)
+            found << window;
+    return found;
+}
+
+OperatorTable *ViewHost::operatorTable()
+{
+    return nullptr;
+}
+
+void ViewHost::makeCurrent(imgWindow *window)
+{
+    currentWindow = window;
+}
+
+void ViewHost::commandRunning(bool, QPointF) {}
+void ViewHost::showLoadDialog() {}
+void ViewHost::showNewImageDialog() {}
+void ViewHost::showSaveDialog(imgWindow *, bool) {}
+void ViewHost::openRecentFile(int) {}
+void ViewHost::openUrls(const QList<QUrl> &) {}
+void ViewHost::updateMenus() {}
+void ViewHost::refreshOperatorSource() {}
+void ViewHost::operate() {}
+
+bool ViewHost::globalKey(QKeyEvent *)
+{
+    return false;
+}
+
+void ViewHost::pointerOver(imgWindow *, int, int) {}
+void ViewHost::openView(image *) {}
+void ViewHost::windowClosed(imgWindow *) {}
+void ViewHost::recordFrameMargins(imgWindow *) {}
+void ViewHost::rememberPlace(imgWindow *) {}
+void ViewHost::closeHelpers() {}

@@ -60,6 +60,10 @@ public:
     virtual void windowClosed(imgWindow *window);
     /// Margins that the window manager puts around a window.
     virtual void recordFrameMargins(imgWindow *window);
+    /// The only window is going in a close of everything: its place is worth keeping.
+    virtual void rememberPlace(imgWindow *window);
+    /// Everything is being closed: dialogs that show a part of an image close too.
+    virtual void closeHelpers();
 };
 
 /// The one host, or null before it exists.

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/windowacts.h"
+
+#include "core/image.h"
+#include "core/scale.h"
+#include "core/undo.h"
+#include "core/workspace.h"
+#include "formats/load.h"
+#include "views/imgwindow.h"
+#include "views/viewhost.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <memory>
+
+namespace
+{
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("imgWindow", text);
+}
+
+void tellNoMemory()
+{
+    workspace()->messageBox(QString(), translated("Image Allocation Failed"));
+}
+
+void copyStory(const image &source, image *copy)
+{
+    copy->copyMetadata(source);
+    copy->copyNotations(source, source.width, source.height, copy->width, copy->height);
+    copy->tagLines = source.tagLines;
+    copy->tagBlock = source.tagBlock;
+    copy->shutter = source.shutter;
+    copy->aperture = source.aperture;
+    copy->focalLength = source.focalLength;
+    copy->iso = source.iso;
+    copy->imageMode = source.imageMode;
+    copy->quantised = source.quantised;
+    copy->paletteSource = source.paletteSource;
+    copy->changed = true;
+}
+
+void refreshOverlays(const image *img)
+{
+    if (!viewHost())
+        return;
+    for (imgWindow *window : viewHost()->windowsOf(img))
+        window->refreshOverlay();
+    viewHost()->updateMenus();
+}
+
+/// What every change of an image through a window command ends with.
+void changeDone(image *img)
+{
+    img->changed = true;
+    img->stampModification();
+    img->markMasterForRebuild();
+    workspace()->refreshViews(img);
+    if (ViewHost *host = viewHost()) {
+        host->refreshOperatorSource();
+        host->updateMenus();
+    }
+}
+} // namespace
+
+void cloneImage(const image *source, QSize scaledTo)
+{
+    const bool scaled = !scaledTo.isNull();
+    auto copy = std::make_unique<image>();
+    const QString name = source->name + QLatin1String(scaled ? "[scaled]" : "[clone]");
+    const QSize size = scaled ? scaledTo : QSize(source->width, source->height);
+    bool made = copy->allocateUnfilled(size.width(), size.height(), name);
+    if (made && scaled)
+        made = smartReduce(source, copy.get());
+    else if (made)
+        copy->copyWorkPlanes(*source);
+    if (!made) {
+        tellNoMemory();
+        return;
+    }
+    copyStory(*source, copy.get());
+    workspace()->showImage(copy.release(), FileRecord());
+}
+
+void restoreCrop(const image *cropped)
+{
+    image *origin = cropped->cropSource;
+    if (!origin || !workspace()->ownsImage(origin) || !origin->valid() || origin == cropped)
+        return;
+    const int64_t left = std::max(cropped->cropX, 0), top = std::max(cropped->cropY, 0);
+    const int64_t right =
+        std::min<int64_t>(origin->width, int64_t(cropped->cropX) + cropped->width);
+    const int64_t bottom =
+        std::min<int64_t>(origin->height, int64_t(cropped->cropY) + cropped->height);
+    if (left >= right || top >= bottom)
+        return;
+    saveUndo(origin, true);
+    clearRedoList(origin);
+    for (int c = 0; c < 4; ++c) {
+        const uint16_t *from = cropped->colorPlanes()[c];
+        uint16_t *to = origin->colorPlanes()[c];
+        for (int64_t y = top; y < bottom; ++y) {
+            const int64_t at = (y - cropped->cropY) * cropped->width + (left - cropped->cropX);
+            std::copy(from + at, from + at + (right - left), to + y * origin->width + left);
+        }
+    }
+    changeDone(origin);
+}
+
+bool revertImage(image *img)
+{
+    if (img->kind != 0 || img->fullPath.isEmpty())
+        return false;
+    const FileRecord record = FileRecord::fromPath(img->fullPath);
+    const std::unique_ptr<image> read(
+        loadImageFile(record.fullPath, record.name, &record, false, img->saveBag.mcaiOption));
+    // Reading may have shown a box, in which everything could be closed.
+    if (!read || !workspace()->ownsImage(img) || read->sampleCount() != img->sampleCount())
+        return false;
+    beginAct(img);
+    img->copyWorkPlanes(*read);
+    img->width = read->width;
+    img->height = read->height;
+    img->imageMode = read->imageMode;
+    workspace()->refreshViews(img);
+    return true;
+}
+
+void turnImage(image *img)
+{
+    if (img->kind == 1) {
+        workspace()->messageBox(
+            QString(),
+            translated("A layered image is turned<br>layer by layer, in their windows."));
+        return;
+    }
+    if (img->quarterTurn())
+        changeDone(img);
+    else
+        tellNoMemory();
+}
+
+void renameImage(image *img, const QString &name)
+{
+    if (name.isEmpty() || name == img->name)
+        return;
+    img->name = name;
+    img->rebuildTitle();
+    changeDone(img);
+}
+
+void selectWhole(image *img, bool selected)
+{
+    img->fillGmask(selected ? 65535 : 0);
+    refreshOverlays(img);
+}
+
+void invertSelection(image *img)
+{
+    img->invertMask();
+    refreshOverlays(img);
+}

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QSize>
+
+class image;
+
+/// What window commands do to images, apart from any window. Refusals and failures are
+/// told through the workspace; views are told that they are out of date.
+
+/// Hands a copy of the image, an atomic one, to the workspace to be shown; with a size it
+/// is scaled to that.
+void cloneImage(const image *source, QSize scaledTo = {});
+
+/// Copies a cropped image back to where it came from, if that image still stands.
+void restoreCrop(const image *cropped);
+
+/// Reads the image's file afresh and puts it in the place of an atomic image of the same
+/// number of samples, with an undo record. True if the image changed.
+bool revertImage(image *img);
+
+/// A quarter turn clockwise of an atomic image or a layer.
+void turnImage(image *img);
+
+/// Gives the image another name, with its title.
+void renameImage(image *img, const QString &name);
+
+/// Sets the whole selection to one value.
+void selectWhole(image *img, bool selected);
+void invertSelection(image *img);
