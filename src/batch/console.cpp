@@ -10,13 +10,18 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <iostream>
+#include <istream>
+#include <ostream>
+#include <string>
+
+#include <unistd.h>
 
 namespace
 {
 /// Longer lines are no script text: they are read to their end and refused.
 constexpr size_t kLongestLine = size_t(16) << 20;
 constexpr int kLongestQuote = 40;
+constexpr int kEnd = std::char_traits<char>::eof();
 
 QString quoted(const QString &text)
 {
@@ -94,40 +99,54 @@ const Console::Command Console::kCommands[] = {
     {".quit", "", 0, 0, false, &Console::quit},
 };
 
-Console::Console(Session *work, const Streams &where) : session(work), streams(where) {}
+Console::Console(Session *work, const Streams &where)
+    : session(work), streams(where), editor(where.out, QStringLiteral("> "))
+{
+}
 
 void Console::run()
 {
-    std::string line;
+    QString line;
     while (running && streams.out) {
-        if (streams.inIsTerminal)
-            streams.out << "> " << std::flush;
-        const Reading reading = readLine(&line);
+        const Reading reading = streams.inIsTerminal ? readTerminal(&line) : readLine(&line);
         if (reading == Reading::End)
             break;
         if (reading == Reading::TooLong)
             answer(QStringLiteral("failed: the line is too long"));
         else
-            answerLine(QString::fromUtf8(line.data(), int(line.size())));
+            answerLine(line);
     }
 }
 
-Console::Reading Console::readLine(std::string *line)
+Console::Reading Console::readTerminal(QString *line)
 {
-    constexpr int kEnd = std::char_traits<char>::eof();
-    line->clear();
+    const RawTerminal keys(STDIN_FILENO);
+    editor.begin(keys.columns());
+    for (int c = streams.in.get(); c != kEnd; c = streams.in.get()) {
+        const LineEditor::Step step = editor.feed(char(c));
+        *line = editor.text();
+        if (step != LineEditor::Step::More)
+            return step == LineEditor::Step::Line ? Reading::Line : Reading::End;
+    }
+    return Reading::End;
+}
+
+Console::Reading Console::readLine(QString *line)
+{
+    std::string bytes;
     bool tooLong = false;
     int c = streams.in.get();
     if (c == kEnd)
         return Reading::End;
     for (; c != kEnd && c != '\n'; c = streams.in.get()) {
-        if (line->size() < kLongestLine)
-            line->push_back(char(c));
+        if (bytes.size() < kLongestLine)
+            bytes.push_back(char(c));
         else
             tooLong = true;
     }
-    if (!line->empty() && line->back() == '\r')
-        line->pop_back();
+    if (!bytes.empty() && bytes.back() == '\r')
+        bytes.pop_back();
+    *line = QString::fromUtf8(bytes.data(), int(bytes.size()));
     return tooLong ? Reading::TooLong : Reading::Line;
 }
 

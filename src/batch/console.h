@@ -2,11 +2,10 @@
 #pragma once
 
 #include "batch/batch.h"
+#include "batch/lineeditor.h"
 
 #include <QString>
 #include <QStringList>
-
-#include <string>
 
 class Session;
 
@@ -31,7 +30,8 @@ private:
     static const Command kCommands[];
 
     enum class Reading { Line, TooLong, End };
-    Reading readLine(std::string *line);
+    Reading readLine(QString *line);
+    Reading readTerminal(QString *line);
     void answer(const QString &line);
     /// Notes why something cannot be done; always false.
     bool fail(const QString &why);
@@ -66,6 +66,7 @@ private:
 
     Session *session;
     Streams streams;
+    LineEditor editor;
     QString failure;
     QString rest; ///< the arguments of the present command as one text
     bool running = true;

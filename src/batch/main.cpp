@@ -39,8 +39,8 @@ int main(int argc, char **argv)
     std::ios::sync_with_stdio(false);
     choosePlatform();
     chooseFileNames();
-    // Diagnostics stay apart from the messages; QT_LOGGING_RULES brings them back.
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    // Diagnostics, Qt's among them, are no messages; QT_LOGGING_RULES brings them back.
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.warning=false"));
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments += QFile::decodeName(argv[i]);

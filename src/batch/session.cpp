@@ -89,6 +89,7 @@ image *Session::read(const QString &input, QString *error)
         // The reason is set.
     } else if (isNew) {
         result = std::make_unique<image>();
+        space.giveSerial(result.get()); // its name is made of it
         if (!result->allocate(width, height, QString())) {
             result.reset();
             reason = QStringLiteral("not enough memory");
@@ -112,7 +113,9 @@ bool Session::replace(image **held, const QString &input, QString *error)
     end(held);
     *held = fresh;
     space.images.append(fresh);
-    space.giveSerial(fresh);
+    if (fresh->serial == 0)
+        space.giveSerial(fresh);
+    fresh->rebuildTitle();
     return true;
 }
 
@@ -125,11 +128,11 @@ void Session::end(image **held)
     *held = nullptr;
 }
 
-bool Session::load(const QString &newInput, QString *error)
+bool Session::load(const QString &input, QString *error)
 {
-    if (!replace(&currentImage, newInput, error))
+    if (!replace(&currentImage, input, error))
         return false;
-    input = newInput;
+    inputName = input;
     return true;
 }
 

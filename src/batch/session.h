@@ -25,14 +25,14 @@ public:
 
     /// Loads a file or makes a fresh image, and makes it the current one. False with a
     /// reason that names it; the current image is then as it was.
-    bool load(const QString &newInput, QString *error);
+    bool load(const QString &input, QString *error);
     /// Saves the current image by the save dispatch. False with a reason that names the file.
     bool save(const QString &path, QString *error);
     /// Ends the current image, if there is one.
     void drop();
     image *current() const { return currentImage; }
     /// What the current image was loaded from, as it was given.
-    QString currentInput() const { return input; }
+    QString currentInput() const { return inputName; }
 
     /// Assigns the image of that name, or clears the assignment if it is empty.
     bool assignOrigin(const QString &input, QString *error);
@@ -51,7 +51,7 @@ private:
     colorblending blending;
     OperatorTable table;
     image *currentImage = nullptr;
-    QString input;
+    QString inputName;
     image *originImage = nullptr;
     image *brushImage = nullptr;
 };

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+struct Finished {
+    int status;
+    QByteArray out, messages;
+};
+
+/// Runs the real program in a folder of its own, with an empty home in it.
+class Tool : public testing::Test
+{
+protected:
+    QTemporaryDir folder;
+    QString home = folder.filePath("home");
+
+    void SetUp() override { ASSERT_TRUE(QDir().mkpath(home)); }
+
+    Finished run(const QStringList &arguments, const QByteArray &input = {},
+                 const QProcessEnvironment &extra = {})
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(name);
+        environment.insert("HOME", home);
+        environment.insert("XDG_CONFIG_HOME", home + "/config");
+        environment.insert(extra);
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(folder.path());
+        process.start(KESTRANE_BIN_DIR "/kestrane-batch", arguments);
+        process.write(input);
+        process.closeWriteChannel();
+        EXPECT_TRUE(process.waitForFinished(60000));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        return {process.exitCode(), process.readAllStandardOutput(),
+                process.readAllStandardError()};
+    }
+    QByteArray bytes(const QString &name)
+    {
+        QFile file(folder.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    void write(const QString &name, const QByteArray &content)
+    {
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    bool exists(const QString &name) { return QFile::exists(folder.filePath(name)); }
+    QStringList homeFiles()
+    {
+        QStringList files;
+        QDirIterator walk(home, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (walk.hasNext())
+            files += walk.next();
+        return files;
+    }
+};
+
+TEST_F(Tool, WritesTheRawFormAtBothDepths)
+{
+    const QByteArray header("\0\x32\0\0\0\0\0\0\0\x31\0\0\0\0\0\0\0", 17);
+    QByteArray samples32, samples64;
+    for (int i = 0; i < 2; ++i) {
+        samples32 += QByteArray::fromHex("8f8f8fff");
+        samples64 += QByteArray::fromHex("8fff8fff8fffffff");
+    }
+    EXPECT_EQ(run({"new:2x1", "-o", "a.rgba"}).status, 0);
+    EXPECT_EQ(bytes("a.rgba"), "RAW64XY" + header + samples64);
+    EXPECT_EQ(run({"new:2x1", "--depth=32", "--output=b.rgba"}).status, 0);
+    EXPECT_EQ(bytes("b.rgba"), "RAW32XY" + header + samples32);
+    EXPECT_EQ(homeFiles(), QStringList());
+}
+
+TEST_F(Tool, LoadsWhatItSavedInEveryForm)
+{
+    const QByteArray commands =
+        ".poke 1 0 4369 8738 13107 65535\n.save a.rgba\n.save a.png\n"
+        ".load a.png\n.pixel 1 0\n.load a.rgba\n.pixel 1 0\n.save {name}.jpg\n";
+    const Finished done = run({"-i", "new:3x2"}, commands);
+    EXPECT_EQ(done.status, 0);
+    EXPECT_EQ(done.out, "4369 8738 13107 65535 0\n4369 8738 13107 65535 0\n");
+    EXPECT_EQ(QImage(folder.filePath("a.png")).pixel(1, 0), qRgba(0x11, 0x22, 0x33, 0xFF));
+    EXPECT_EQ(QImage(folder.filePath("a.jpg")).size(), QSize(3, 2));
+}
+
+TEST_F(Tool, QualityDecidesTheSizeOfAJpeg)
+{
+    QImage noise(64, 64, QImage::Format_RGB32);
+    for (int i = 0; i < 64 * 64; ++i)
+        noise.setPixel(i % 64, i / 64, qRgb(i * 79, i * 104 / 7, i * i / 13));
+    ASSERT_TRUE(noise.save(folder.filePath("a.png")));
+    EXPECT_EQ(run({"a.png", "-o", "low.jpg", "--quality", "5"}).status, 0);
+    EXPECT_EQ(run({"a.png", "-o", "set.jpg", "--set", "jpegImageQuality=5"}).status, 0);
+    EXPECT_EQ(run({"a.png", "-o", "high.jpeg", "--quality", "95"}).status, 0);
+    EXPECT_EQ(bytes("low.jpg"), bytes("set.jpg"));
+    EXPECT_GT(bytes("high.jpeg").size(), 2 * bytes("low.jpg").size());
+}
+
+TEST_F(Tool, TellsTransparencyAndGoesOn)
+{
+    QImage clear(2, 2, QImage::Format_ARGB32);
+    clear.fill(qRgba(1, 2, 3, 4));
+    ASSERT_TRUE(clear.save(folder.filePath("a.png")));
+    const Finished done = run({"a.png", "-o", "a.jpg"});
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(
+        done.messages.contains("notice: This image has transparency. Saving in .jpg is not"))
+        << done.messages.constData();
+    EXPECT_TRUE(exists("a.jpg"));
+}
+
+TEST_F(Tool, EndsAtTheFirstFailureUnlessToldToGoOn)
+{
+    write("broken.png", "no picture");
+    const QStringList images{"new:1x1", "missing.png", "broken.png", "new:2x2"};
+    Finished done = run(QStringList{"-o", "x{n}.png"} + images);
+    EXPECT_EQ(done.status, 1);
+    EXPECT_TRUE(done.messages.contains("\nerror: missing.png: no such file\n") ||
+                done.messages.startsWith("error: missing.png: no such file\n"))
+        << done.messages.constData();
+    EXPECT_TRUE(exists("x1.png"));
+    EXPECT_FALSE(exists("x4.png"));
+
+    done = run(QStringList{"--keep-going", "-o", "y{n}.png"} + images);
+    EXPECT_EQ(done.status, 1);
+    EXPECT_TRUE(done.messages.contains("error: broken.png: ")) << done.messages.constData();
+    EXPECT_EQ(QDir(folder.path()).entryList({"y*"}), (QStringList{"y1.png", "y4.png"}));
+}
+
+TEST_F(Tool, AFailedSaveIsStatus1AndLeavesTheOldFile)
+{
+    write("old.bmp", "old");
+    Finished done = run({"new:1x1", "-o", "old.bmp"});
+    EXPECT_EQ(done.status, 1);
+    EXPECT_EQ(bytes("old.bmp"), "old");
+    EXPECT_TRUE(done.messages.startsWith("notice: Can't save in this format. Use .ato, "))
+        << done.messages.constData();
+    done = run({"new:1x1", "-o", "none/a.png"});
+    EXPECT_EQ(done.status, 1);
+    EXPECT_TRUE(done.messages.endsWith("error: none/a.png: there is no folder of that name\n"))
+        << done.messages.constData();
+}
+
+TEST_F(Tool, StoredSettingsAreReadWhenAskedForAndNeverWritten)
+{
+    const QString store = home + "/config/Zolvine/Kestrane.conf";
+    {
+        QSettings settings(store, QSettings::IniFormat);
+        settings.setValue("invertSelection", true);
+        settings.setValue("tMode", 77);
+        settings.setValue("operatorExposure", 25);
+    }
+    QFile file(store);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    const QByteArray commands = ".apply negative\n.pixel 0 0\n.scriptline exposure\n";
+    EXPECT_EQ(run({"-i", "new:1x1"}, commands).out, "36863 36863 36863 65535 0\nexposure 0 0\n");
+    const Finished done = run({"-i", "--settings", "new:1x1"}, commands);
+    EXPECT_EQ(done.out, "28672 28672 28672 65535 65535\nexposure 25 0\n");
+    EXPECT_TRUE(done.messages.startsWith("warning: stored setting passed over: "))
+        << done.messages.constData();
+    file.seek(0);
+    EXPECT_EQ(file.readAll(), before);
+    EXPECT_EQ(homeFiles(), QStringList{store});
+}
+
+TEST_F(Tool, NeedsNoDisplayAndNoLocale)
+{
+    QProcessEnvironment bad;
+    bad.insert("DISPLAY", ":4711");
+    bad.insert("LC_ALL", "C");
+    const QString name = QString::fromUtf8("gr\xc3\xbc\xc3\x9f.png");
+    EXPECT_EQ(run({"new:1x1", "-o", name}, {}, bad).status, 0);
+    EXPECT_EQ(QDir(folder.path()).entryList({"*.png"}), QStringList{name});
+    bad.insert("QT_QPA_PLATFORM", "xcb");
+    EXPECT_EQ(run({name}, {}, bad).status, 0);
+}
+} // namespace
