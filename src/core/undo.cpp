@@ -177,7 +177,21 @@ constexpr GroupTexts kRedoTexts = {
     QT_TRANSLATE_NOOP("Undo", "PCB group operations out of sync,<br>can't redo group. You probably "
                               "need<br>to undo an atomic action in another<br>layer")};
 
-GroupResult stepGroup(image *member, ListMember list, void (*step)(image *),
+/// One step of a layer, whose new entry in the other list stays part of the group act:
+/// a step saves the live image, which carries no mark, and without one the act could not
+/// be stepped back as a group.
+void stepWithMark(image *layer, ListMember list, ListMember other, void (*step)(image *))
+{
+    const int32_t groupId = (layer->*list).constLast()->groupId;
+    const int32_t serials = layer->undoSerial + layer->redoSerial;
+    step(layer);
+    if (layer->undoSerial + layer->redoSerial == serials)
+        return; // memory did not allow an entry
+    (layer->*other).last()->groupFlag = true;
+    (layer->*other).last()->groupId = groupId;
+}
+
+GroupResult stepGroup(image *member, ListMember list, ListMember other, void (*step)(image *),
                       const GroupTexts &texts)
 {
     image *master = masterOf(member);
@@ -190,7 +204,7 @@ GroupResult stepGroup(image *member, ListMember list, void (*step)(image *),
     for (image *layer : qAsConst(master->layers)) {
         if (!takesPart(layer))
             continue;
-        step(layer);
+        stepWithMark(layer, list, other, step);
         if (space)
             space->refreshViews(layer);
     }
@@ -308,10 +322,10 @@ int nextGroupId()
 
 GroupResult groupUndo(image *member)
 {
-    return stepGroup(member, &image::undoList, undo, kUndoTexts);
+    return stepGroup(member, &image::undoList, &image::redoList, undo, kUndoTexts);
 }
 
 GroupResult groupRedo(image *member)
 {
-    return stepGroup(member, &image::redoList, redo, kRedoTexts);
+    return stepGroup(member, &image::redoList, &image::undoList, redo, kRedoTexts);
 }

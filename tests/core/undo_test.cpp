@@ -323,4 +323,30 @@ TEST(GroupUndo, StepsAllLayersOfOneActOrNone)
     atomic->kind = 2; // a layer without a master
     EXPECT_EQ(groupRedo(atomic.get()).refusal, QString(kNoLayers).arg("redo"));
 }
+
+TEST(GroupUndo, OneActGoesBackAndForthAsAGroup)
+{
+    RecordingWorkspace ws;
+    ImagePtr master = plainImage(4, 4, 0, 0, 0);
+    master->kind = 1;
+    const int id = nextGroupId();
+    for (const int mode : {55, 59}) {
+        image *layer = plainImage(4, 4, 1, 1, 1).release();
+        master->layers << layer;
+        layer->kind = 2;
+        layer->master = master.get();
+        layer->layerMode = mode;
+        beginAct(layer);
+        markNewestUndoAsGroup(layer, id);
+        layer->red[0] = 2;
+    }
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(groupUndo(master.get()).done);
+        EXPECT_EQ(master->layers.first()->red[0], 1);
+        EXPECT_TRUE(groupRedo(master.get()).done);
+        EXPECT_EQ(master->layers.last()->red[0], 2);
+    }
+    image *tree = master.release();
+    destroyTree(&tree);
+}
 } // namespace

@@ -107,7 +107,7 @@ TEST(ColorBlending, DissolveRepeatsFromItsSeed)
     std::srand(1);
     double expected[20];
     for (double &value : expected)
-        value = (std::rand() % 32768) / 32767.0;
+        value = ((std::rand() >> 16) & 32767) / 32767.0;
     colorblending mixer;
     for (double value : expected) {
         for (int c = 0; c < 3; ++c)

@@ -85,12 +85,12 @@ void colorblending::nextChannel()
     channel = channel >= 2 ? 0 : channel + 1;
 }
 
-/// Draws one number per pixel. Only 15 bits of the generator are taken, for it gives 31
+/// Draws one number per pixel. The upper 15 bits of the generator are taken, for it gives 31
 /// on some systems, and the number has to lie within 0 to 1.
 bool colorblending::aboveRandom(double t)
 {
     if (channel == 0)
-        dissolveValue = (std::rand() & kRandomMask) / kRandomSpan;
+        dissolveValue = ((std::rand() >> 16) & kRandomMask) / kRandomSpan;
     nextChannel();
     return t > dissolveValue;
 }
