@@ -143,10 +143,10 @@ void imgWindow::runCommand(int number)
         host->openView(img);
         break;
     case kCommandSave:
-        host->showSaveDialog(this, false);
+        host->saveImage(this);
         break;
     case kCommandSaveAs:
-        host->showSaveDialog(this, true);
+        host->showSaveDialog(this, false);
         break;
     case kCommandApply:
         host->operate();

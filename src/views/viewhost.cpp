@@ -67,6 +67,7 @@ void ViewHost::makeCurrent(imgWindow *window)
 void ViewHost::commandRunning(bool, QPointF) {}
 void ViewHost::showLoadDialog() {}
 void ViewHost::showNewImageDialog() {}
+void ViewHost::saveImage(imgWindow *) {}
 void ViewHost::showSaveDialog(imgWindow *, bool) {}
 void ViewHost::openRecentFile(int) {}
 void ViewHost::openUrls(const QList<QUrl> &) {}

@@ -42,6 +42,9 @@ public:
     virtual void commandRunning(bool running, QPointF centre);
     virtual void showLoadDialog();
     virtual void showNewImageDialog();
+    /// Saves to the file that the image came from or went to last, if it has one that can
+    /// be written; otherwise as showSaveDialog does.
+    virtual void saveImage(imgWindow *window);
     virtual void showSaveDialog(imgWindow *window, bool flat);
     virtual void openRecentFile(int position);
     virtual void openUrls(const QList<QUrl> &urls);
