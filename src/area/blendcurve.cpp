@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "area/blendcurve.h"
 
+#include "area/blendcurve_kernels.h"
 #include "core/image.h"
 #include "core/memory.h"
 #include "core/rows.h"
@@ -15,21 +16,6 @@ namespace
 enum CurveMode { kConical, kFlat, kMaximumAxis, kSine };
 
 constexpr double kPi = 3.14159265358979323846;
-
-/// Also turns a value that is no number into 0.
-double clampUnit(double value)
-{
-    return !(value > 0.0) ? 0.0 : value > 1.0 ? 1.0 : value;
-}
-
-/// Maps a profile's value to the height of the curve.
-struct CurveMap {
-    double amplitude, floorValue;
-    double operator()(double v) const
-    {
-        return clampUnit(v * amplitude * (1.0 - floorValue) + floorValue);
-    }
-};
 
 void buildConical(double *out, int length, const CurveMap &map)
 {
@@ -83,7 +69,7 @@ void buildCurve(double *out, int length, int mode, double amplitude, double floo
         return;
     const CurveMap map{amplitude, floorValue};
     if (mode == kFlat)
-        std::fill_n(out, length, clampUnit(floorValue + (1.0 - floorValue) * amplitude));
+        std::fill_n(out, length, CurveMap::clampUnit(floorValue + (1.0 - floorValue) * amplitude));
     else if (mode == kConical)
         buildConical(out, length, map);
     else if (mode == kSine)
@@ -164,17 +150,17 @@ void dmask::factorRow(int y, int x, int count, double *out) const
         return;
     }
     if (mode != kMaximumAxis) {
+        const double down = col[y];
         for (int i = 0; i < count; ++i)
-            out[i] = row[x + i] * col[y];
+            out[i] = row[x + i] * down;
         return;
     }
-    const double radius = std::max(boxHeight / 2, boxWidth / 2);
-    const double dy = top + y - centerY;
-    const CurveMap map{heightFactor, floorValue};
-    for (int i = 0; i < count; ++i) {
-        const double dx = left + x + i - centerX;
-        out[i] = map(1.0 - std::sqrt(dx * dx + dy * dy) / radius);
-    }
+    // The centre lies on a sample, so the distances are whole numbers.
+    const HillRow hill{left + x - int(centerX),
+                       top + y - int(centerY),
+                       double(std::max(boxHeight / 2, boxWidth / 2)),
+                       {heightFactor, floorValue}};
+    KERNEL_DISPATCH(hillRow, hill, count, out);
 }
 
 bool dmask::createmask(const image *source)
@@ -206,8 +192,7 @@ void diffuseMask(image *source)
             for (int x = 0; x < columns; x += kChunk) {
                 const int count = std::min(kChunk, columns - x);
                 factors.factorRow(y, x, count, factor);
-                for (int i = 0; i < count; ++i)
-                    words[x + i] = uint16_t(int(words[x + i] * factor[i]));
+                KERNEL_DISPATCH(shapeWords, words + x, factor, count);
             }
         }
     });

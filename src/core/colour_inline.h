@@ -8,29 +8,23 @@
 /// compiled for several instruction sets never share a copy.
 namespace inlined
 {
-/// Where a channel stands between the least and the other one, in degrees of a sector.
-KESTRANE_ALWAYS_INLINE double thirdOfHue(double channel, double other, double least)
-{
-    const double divisor = channel + other - 2.0 * least;
-    return (channel - least) * 120.0 / (divisor == 0.0 ? 1.0 : divisor);
-}
-
 /// Hue in three sectors, by the channel that is the minimum. On a tie blue is taken
-/// before red and red before green, so grey has hue 0.
+/// before red and red before green, so grey has hue 0. Selections stand in place of
+/// branches, so that row loops run it in vectors.
 KESTRANE_ALWAYS_INLINE Hsv rgbToHsv(Rgb c)
 {
     const double most = greater(greater(c.red, c.green), c.blue);
     const double least = lesser(lesser(c.red, c.green), c.blue);
-    if (most == 0.0)
-        return {0.0, 0.0, 0.0};
-    double hue;
-    if (least == c.blue)
-        hue = thirdOfHue(c.green, c.red, least);
-    else if (least == c.red)
-        hue = thirdOfHue(c.blue, c.green, least) + 120.0;
-    else
-        hue = thirdOfHue(c.red, c.blue, least) + 240.0;
-    return {clampRange(hue, 0.0, 360.0), clampRange((most - least) * 100.0 / most, 0.0, 100.0),
+    const bool noBlue = least == c.blue;
+    const bool noRed = least == c.red;
+    const double channel = noBlue ? c.green : noRed ? c.blue : c.red;
+    const double other = noBlue ? c.red : noRed ? c.green : c.blue;
+    const double start = noBlue ? 0.0 : noRed ? 120.0 : 240.0;
+    const double divisor = channel + other - 2.0 * least;
+    const double hue = (channel - least) * 120.0 / (divisor == 0.0 ? 1.0 : divisor) + start;
+    // Black has no saturation; the divisor keeps the division from being 0 / 0.
+    const double saturation = (most - least) * 100.0 / (most == 0.0 ? 1.0 : most);
+    return {clampRange(hue, 0.0, 360.0), clampRange(saturation, 0.0, 100.0),
             clampRange(most * 100.0 / 65535.0, 0.0, 100.0)};
 }
 
@@ -41,20 +35,19 @@ KESTRANE_ALWAYS_INLINE Rgb hsvToRgb(Hsv c)
     const double d = c.value - m;
     const double top = clampSampleValue(c.value * 65535.0 / 100.0);
     const double bottom = clampSampleValue(m * 65535.0 / 100.0);
-    const auto scaled = [](double x) KESTRANE_INLINE_LAMBDA {
-        return clampSampleValue(x * 65535.0 / 100.0);
-    };
-    if (h <= 60.0)
-        return {top, scaled(m + d * h / (120.0 - h)), bottom};
+    const double start = h <= 120.0 ? 0.0 : h <= 240.0 ? 120.0 : 240.0;
+    const double after = h - start;
+    const double before = start + 120.0 - h;
+    const bool early = after <= 60.0;
+    const double part = d * (early ? after : before) / (early ? before : after);
+    const double x = clampSampleValue((m + part) * 65535.0 / 100.0);
+    const double first = early ? top : x;
+    const double second = early ? x : top;
     if (h <= 120.0)
-        return {scaled(m + (120.0 - h) * d / h), top, bottom};
-    if (h <= 180.0)
-        return {bottom, top, scaled(m + (h - 120.0) * d / (240.0 - h))};
+        return {first, second, bottom};
     if (h <= 240.0)
-        return {bottom, scaled(m + (240.0 - h) * d / (h - 120.0)), top};
-    if (h <= 300.0)
-        return {scaled(m + (h - 240.0) * d / (360.0 - h)), bottom, top};
-    return {top, bottom, scaled(m + (360.0 - h) * d / (h - 240.0))};
+        return {bottom, first, second};
+    return {second, bottom, first};
 }
 
 /// Hue in six sectors, by the channel that is the maximum: red before green before blue.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "area/blendcurve.h"
 
+#include "core/cpu.h"
 #include "core/memory.h"
 #include "support/pictures.h"
 #include "support/recordingworkspace.h"
@@ -65,9 +66,17 @@ void select(image &img, int left, int top, int right, int bottom)
 }
 } // namespace
 
-TEST(BlendCurve, EveryCurveMatchesItsLonghandFormInsideAndAtTheEdges)
+class BlendCurveLevels : public testing::TestWithParam<KernelLevel>
+{
+};
+INSTANTIATE_TEST_SUITE_P(Levels, BlendCurveLevels,
+                         testing::Values(KernelLevel::Baseline, KernelLevel::Avx2,
+                                         KernelLevel::Avx512));
+
+TEST_P(BlendCurveLevels, EveryCurveMatchesItsLonghandFormInsideAndAtTheEdges)
 {
     RecordingWorkspace space;
+    limitKernels(GetParam());
     const Curve curves[] = {{0, 1, 0, 0}, {0, 0.7, 0.2, 1}, {1, 0.5, 0, 0}, {1, 0.5, 0.1, 0},
                             {2, 1, 0, 0}, {2, 2.0, 0.1, 2}, {3, 1, 0, 0},   {3, 0.5, 0.3, 3},
                             {0, 1, 1, 0}, {3, 0, 0, 7},     {2, 0, 0.25, 0}};
@@ -99,6 +108,7 @@ TEST(BlendCurve, EveryCurveMatchesItsLonghandFormInsideAndAtTheEdges)
                     ASSERT_EQ(img->gmask[i], uint16_t(before[size_t(i)] * factor));
                 }
         }
+    limitKernels(KernelLevel::Avx512);
 }
 
 TEST(BlendCurve, TinyLengthsGiveFiniteFactors)
