@@ -119,6 +119,6 @@ void registerCoreBenchmarks()
     registerRatio("core/smart reduce to 400 x 266", 8, reduceCase);
     registerRatio("core/undo record, memory in use", 2, undoInUse);
     registerRatio("core/undo record, fresh memory", 4, undoFresh);
-    registerRatio("core/quarter turn", 4, turn);
+    registerRatio("core/quarter turn", 6, turn);
     registerRatio("core/image allocation", 4, allocation);
 }
