@@ -275,27 +275,6 @@ TEST_F(Declared, SettingsComeBackAndHostileOnesAreIgnored)
         EXPECT_EQ(read->amount, -33) << bad;
     }
     table.store = nullptr;
-}
-
-TEST_F(Declared, RowsOfTheTable)
-{
-    struct {
-        int id, group;
-        const char *script, *menu, *page;
-    } const rows[] = {{29, kGroupFilter, "exposure", "Exposure", "opexposure.html"},
-                      {62, kGroupAdjustment, "negative", "Negative", "opnegative.html"}};
-    ASSERT_EQ(table.operators().size(), std::size(rows));
-    for (size_t i = 0; i < std::size(rows); ++i) {
-        const OpWrapper *op = table.operators()[i];
-        EXPECT_EQ(op->id, rows[i].id);
-        EXPECT_EQ(op->group, rows[i].group);
-        EXPECT_EQ(op->scriptName, QLatin1String(rows[i].script));
-        EXPECT_EQ(op->menuName, QLatin1String(rows[i].menu));
-        EXPECT_EQ(op->helpPage, QLatin1String(rows[i].page));
-        EXPECT_EQ(op->self, op);
-        EXPECT_TRUE(op->scriptable);
-        EXPECT_EQ(table.byScriptName(QLatin1String(rows[i].script)), op);
-    }
     table.add(63, kGroupMeta, "notations", "Notations", "", nullptr); // no memory
     EXPECT_EQ(table.byId(63), nullptr);
 }
