@@ -103,7 +103,8 @@ TEST_F(Tool, QualityDecidesTheSizeOfAJpeg)
     EXPECT_EQ(run({"a.png", "-o", "low.jpg", "--quality", "5"}).status, 0);
     EXPECT_EQ(run({"a.png", "-o", "set.jpg", "--set", "jpegImageQuality=5"}).status, 0);
     EXPECT_EQ(run({"a.png", "-o", "high.jpeg", "--quality", "95"}).status, 0);
-    EXPECT_EQ(bytes("low.jpg"), bytes("set.jpg"));
+    // Pixels, because the files also hold the moment at which they were made.
+    EXPECT_EQ(QImage(folder.filePath("low.jpg")), QImage(folder.filePath("set.jpg")));
     EXPECT_GT(bytes("high.jpeg").size(), 2 * bytes("low.jpg").size());
 }
 
