@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -32,6 +33,41 @@ Rgb randomColour(std::mt19937 &random)
     if (random() % 4 == 0)
         colour.blue = colour.green;
     return colour;
+}
+
+/// The model as it is stated, with its branches: what the selections must equal bit for bit.
+Hsv slowHsv(Rgb c)
+{
+    const double most = std::max({c.red, c.green, c.blue});
+    const double least = std::min({c.red, c.green, c.blue});
+    if (most == 0)
+        return {0, 0, 0};
+    const auto share = [least](double a, double b) {
+        const double divisor = a + b - 2 * least;
+        return (a - least) * 120 / (divisor == 0 ? 1.0 : divisor);
+    };
+    const double hue = c.blue == least  ? share(c.green, c.red)
+                       : c.red == least ? share(c.blue, c.green) + 120
+                                        : share(c.red, c.blue) + 240;
+    return {hue, (most - least) * 100 / most, most * 100 / 65535};
+}
+
+Rgb slowRgb(Hsv c)
+{
+    const double h = c.hue, m = (100 - c.saturation) * c.value / 100, d = c.value - m;
+    const auto scaled = [](double x) { return std::clamp(x * 65535 / 100, 0.0, 65535.0); };
+    const double top = scaled(c.value), bottom = scaled(m);
+    if (h <= 60)
+        return {top, scaled(m + d * h / (120 - h)), bottom};
+    if (h <= 120)
+        return {scaled(m + (120 - h) * d / h), top, bottom};
+    if (h <= 180)
+        return {bottom, top, scaled(m + (h - 120) * d / (240 - h))};
+    if (h <= 240)
+        return {bottom, scaled(m + (240 - h) * d / (h - 120)), top};
+    if (h <= 300)
+        return {scaled(m + (h - 240) * d / (360 - h)), bottom, top};
+    return {top, bottom, scaled(m + (360 - h) * d / (h - 240))};
 }
 
 void expectNear(Rgb got, Rgb wanted, double within)
@@ -79,6 +115,12 @@ TEST(ColourModels, RoundTripsAndRanges)
         const Hsv hsv = rgbToHsv(colour);
         EXPECT_TRUE(hsv.hue >= 0 && hsv.hue <= 360 && hsv.saturation >= 0 && hsv.saturation <= 100);
         expectNear(hsvToRgb(hsv), colour, 1e-6);
+        const Hsv wanted = slowHsv(colour), turned = {double(i % 361), hsv.saturation, hsv.value};
+        EXPECT_EQ(hsv.hue, wanted.hue);
+        EXPECT_EQ(hsv.saturation, wanted.saturation);
+        EXPECT_EQ(hsv.value, wanted.value);
+        for (const Hsv &one : {hsv, turned})
+            expectNear(hsvToRgb(one), slowRgb(one), 0);
         const Hsl hsl = rgbToHsl(colour);
         EXPECT_TRUE(hsl.hue >= 0 && hsl.hue <= 360 && hsl.saturation >= 0 && hsl.lightness <= 100);
         expectNear(hslToRgb(hsl), colour, 1e-6);
