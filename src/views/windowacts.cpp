@@ -67,7 +67,7 @@ void changeDone(image *img)
 
 void cloneImage(const image *source, QSize scaledTo)
 {
-    const bool scaled = !scaledTo.isNull();
+    const bool scaled = scaledTo.isValid();
     auto copy = std::make_unique<image>();
     const QString name = source->name + QLatin1String(scaled ? "[scaled]" : "[clone]");
     const QSize size = scaled ? scaledTo : QSize(source->width, source->height);
