@@ -16,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
@@ -26,6 +27,7 @@
 namespace
 {
 constexpr int kPageRows = 31;
+constexpr int kLeastHeight = 120, kMostHeight = 340; ///< of the page before it scrolls
 
 QFont valueFont(const QFont &beside)
 {
@@ -51,6 +53,16 @@ void PageBuilder::rebuild(OpWrapper *op)
     connectPage();
     dialog->helpPageName = op ? op->helpPage : QString();
     page->show();
+    fitArea();
+}
+
+void PageBuilder::fitArea()
+{
+    const int wanted = page->sizeHint().height() + 2 * area->frameWidth();
+    area->setMinimumHeight(std::clamp(wanted, kLeastHeight, kMostHeight));
+    // A page too wide for the dialog would need a second scroll bar.
+    area->setMinimumWidth(page->minimumSizeHint().width() + 2 * area->frameWidth() +
+                          area->verticalScrollBar()->sizeHint().width());
 }
 
 void PageBuilder::clear()

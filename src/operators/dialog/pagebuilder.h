@@ -4,7 +4,6 @@
 #include "operators/base/oppage.h"
 
 #include <QObject>
-#include <QPointer>
 
 #include <array>
 #include <vector>
@@ -114,6 +113,8 @@ private:
     void showValue(int index, int value);
     /// Gives the labels that start a row with a control the same width.
     void alignLabels();
+    /// Makes the page area large enough for the page, within reason.
+    void fitArea();
     void connectPage();
     void hook(QObject *widget, const char *signal, const char *slot, int index,
               const char *arguments);
@@ -121,8 +122,8 @@ private:
     Operators *dialog;
     QScrollArea *area;
     QWidget *tabStart;
-    QWidget *lastControl; ///< the next one follows it in the tab order
-    QPointer<QWidget> page;
+    QWidget *lastControl;    ///< the next one follows it in the tab order
+    QWidget *page = nullptr; ///< belongs to the area
     QVBoxLayout *column = nullptr;
     std::vector<QHBoxLayout *> rows;
     int row = 0;
