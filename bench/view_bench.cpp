@@ -10,6 +10,7 @@ namespace
 {
 constexpr int kClientWidth = 1600, kClientHeight = 1000;
 constexpr double kLimit = 0.25;
+constexpr double kLimitWithOutline = 0.35;
 
 ViewGeometry clientAt(double zoom)
 {
@@ -54,12 +55,20 @@ BenchCase repaint(double zoom, bool transparent)
     return made;
 }
 
-BenchCase outline(int mask)
+/// What a window draws when its view or its image changed: the picture and the outline of
+/// the selection, none or (with `mask` 1 and 2) a ragged and a whole one.
+BenchCase whole(int mask)
 {
     const std::shared_ptr<image> img = benchImage(mask);
+    const auto out = std::make_shared<QImage>(), outline = std::make_shared<QImage>();
     BenchCase made;
-    made.run = [=]() { maskOutline(*img, clientAt(1.0), 4); };
-    made.check = [=]() { return maskOutline(*img, clientAt(1.0), 4).isNull() == (mask == 0); };
+    made.run = [=]() {
+        renderView(*img, clientAt(1.0), {}, out.get());
+        maskOutline(*img, clientAt(1.0), 4, outline.get());
+    };
+    made.check = [=]() {
+        return maskOutline(*img, clientAt(1.0), 4, outline.get()) == (mask != 0);
+    };
     return made;
 }
 } // namespace
@@ -72,6 +81,7 @@ void registerViewBenchmarks()
     registerRatio("view/whole_transparent", kLimit, []() { return repaint(1.0, true); });
     registerRatio("view/inside", kLimit, []() { return repaint(8.0, false); });
     registerRatio("view/inside_transparent", kLimit, []() { return repaint(8.0, true); });
-    registerRatio("view/outline_none", kLimit, []() { return outline(0); });
-    registerRatio("view/outline_full", kLimit, []() { return outline(2); });
+    registerRatio("view/with_outline_none", kLimitWithOutline, []() { return whole(0); });
+    registerRatio("view/with_outline_soft", kLimitWithOutline, []() { return whole(1); });
+    registerRatio("view/with_outline_full", kLimitWithOutline, []() { return whole(2); });
 }

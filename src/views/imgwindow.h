@@ -223,6 +223,7 @@ private:
     bool painting = false;
     bool fitting = false;
     bool outlineStale = true;
+    bool outlineSeen = false;
     QImage outline; ///< of the selection, as `cache` shows the image
     int renders = 0;
     QSize asked; ///< client size that the last fit asked for

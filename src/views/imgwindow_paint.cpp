@@ -88,11 +88,12 @@ void imgWindow::drawSelection(QPainter *painter)
 {
     if (outlineStale) {
         const double ratio = devicePixelRatioF();
-        outline = maskOutline(*img, geometryShown(), devicePixels(kDashLength, ratio));
+        outlineSeen =
+            maskOutline(*img, geometryShown(), devicePixels(kDashLength, ratio), &outline);
         outline.setDevicePixelRatio(ratio);
         outlineStale = false;
     }
-    if (!outline.isNull())
+    if (outlineSeen)
         painter->drawImage(QPoint(0, 0), outline);
 }
 

@@ -29,12 +29,14 @@ inline uint32_t mixedByte(uint32_t sample, uint32_t alpha, uint32_t backdrop)
 
 void gather(const RenderJob &job, int64_t base, const int32_t *columns, int count, Chunk *chunk)
 {
+    const uint16_t *red = job.red + base, *green = job.green + base, *blue = job.blue + base;
+    const uint16_t *alpha = job.alpha + base;
     for (int i = 0; i < count; ++i) {
-        const int64_t at = base + columns[i];
-        chunk->red[i] = job.red[at];
-        chunk->green[i] = job.green[at];
-        chunk->blue[i] = job.blue[at];
-        chunk->alpha[i] = job.alpha[at];
+        const int32_t at = columns[i];
+        chunk->red[i] = red[at];
+        chunk->green[i] = green[at];
+        chunk->blue[i] = blue[at];
+        chunk->alpha[i] = alpha[at];
     }
 }
 
@@ -64,6 +66,26 @@ void fillPixels(uint32_t *out, int first, int end, uint32_t value)
         out[x] = value;
 }
 
+/// Most pictures are opaque, and there the mix is no more than the high bytes.
+bool opaque(const RenderJob &job, int64_t base, const int32_t *columns, int count)
+{
+    const uint16_t *alpha = job.alpha + base;
+    uint32_t all = 65535U;
+    for (int i = 0; i < count; ++i)
+        all &= alpha[columns[i]];
+    return all == 65535U;
+}
+
+void pack(const RenderJob &job, int64_t base, const int32_t *columns, int count, uint32_t *out)
+{
+    const uint16_t *red = job.red + base, *green = job.green + base, *blue = job.blue + base;
+    for (int i = 0; i < count; ++i) {
+        const int32_t at = columns[i];
+        out[i] = 0xFF000000U | (red[at] & 0xFF00U) << 8 | (green[at] & 0xFF00U) |
+                 uint32_t(blue[at]) >> 8;
+    }
+}
+
 void renderRow(const RenderJob &job, int row, int phase, uint32_t *out)
 {
     const int64_t base = int64_t(row) * job.imageWidth;
@@ -72,6 +94,10 @@ void renderRow(const RenderJob &job, int row, int phase, uint32_t *out)
     Chunk chunk;
     for (int x = job.firstColumn; x < job.endColumn; x += kChunk) {
         const int count = job.endColumn - x < kChunk ? job.endColumn - x : kChunk;
+        if (!job.yrb && opaque(job, base, job.columns + x, count)) {
+            pack(job, base, job.columns + x, count, out + x);
+            continue;
+        }
         gather(job, base, job.columns + x, count, &chunk);
         if (job.yrb)
             decodeYrb(&chunk, count);

@@ -27,6 +27,7 @@ struct ViewBackdrop {
 bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &backdrop,
                 QImage *out);
 
-/// The outline of the area selection as it falls on the client area, in dashes of two
-/// colours on transparency; null if none of it is seen. `dash` is a dash's length in pixels.
-QImage maskOutline(const image &img, const ViewGeometry &view, int dash);
+/// Draws the outline of the area selection as it falls on the client area into `out`, in
+/// dashes of two colours on transparency. False, with `out` of no use, if none of it is
+/// seen. `dash` is a dash's length in device pixels.
+bool maskOutline(const image &img, const ViewGeometry &view, int dash, QImage *out);

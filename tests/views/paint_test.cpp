@@ -87,23 +87,34 @@ TEST(Render, RefusesWhatCannotBeShown)
     EXPECT_FALSE(renderView(*img, ViewGeometry{}, {}, &out));
     image empty;
     EXPECT_FALSE(renderView(empty, {1, 1, 0, 0, 9, 9}, {}, &out));
-    EXPECT_TRUE(maskOutline(empty, {1, 1, 0, 0, 9, 9}, 4).isNull());
+    EXPECT_FALSE(maskOutline(empty, {1, 1, 0, 0, 9, 9}, 4, &out));
 }
 
-TEST(Outline, SurroundsTheSelectionAndNothingElse)
+struct OutlineCase {
+    const char *fault;
+    ViewGeometry view;
+    uint32_t clearOf; ///< one in so many samples is not selected, 0 for none
+};
+class Outline : public testing::TestWithParam<OutlineCase>
+{
+};
+
+TEST_P(Outline, SurroundsTheSelectionAndNothingElse)
 {
     TestHost host;
     const auto img = plainImage(60, 50, 0, 0, 0);
+    const OutlineCase &row = GetParam();
+    const ViewGeometry &view = row.view;
     std::mt19937 random(5);
-    for (int64_t i = 0; i < img->sampleCount(); ++i)
-        img->gmask[i] = random() % 4 ? 65535 : 0;
-    const ViewGeometry view = {0.4, 0.6, -3, 7, 200, 90};
+    img->fillGmask(9);
+    for (int64_t i = 0; row.clearOf && i < img->sampleCount(); ++i)
+        img->gmask[i] = random() % row.clearOf ? 65535 : 0;
     const auto selected = [&](int px, int py) {
         const double x = px * view.xStep + view.panX, y = py * view.yStep + view.panY;
         return x >= 0 && y >= 0 && img->maskAt(int(x), int(y)) != 0;
     };
-    const QImage outline = maskOutline(*img, view, 4);
-    ASSERT_FALSE(outline.isNull());
+    QImage outline;
+    ASSERT_TRUE(maskOutline(*img, view, 4, &outline));
     int wrong = 0;
     for (int y = 0; y < view.height; ++y)
         for (int x = 0; x < view.width; ++x) {
@@ -113,8 +124,16 @@ TEST(Outline, SurroundsTheSelectionAndNothingElse)
         }
     EXPECT_EQ(wrong, 0);
     img->fillGmask(0);
-    EXPECT_TRUE(maskOutline(*img, view, 4).isNull());
+    EXPECT_FALSE(maskOutline(*img, view, 4, &outline));
 }
+INSTANTIATE_TEST_SUITE_P(
+    Selections, Outline,
+    testing::Values(OutlineCase{"Ragged", {0.4, 0.6, -3, 7, 200, 90}, 4},
+                    OutlineCase{"RowsOfOnePiece", {0.4, 0.6, -3, 7, 200, 90}, 80},
+                    OutlineCase{"WholeAtItsEdges", {0.6, 0.5, 0, 0, 100, 100}, 0},
+                    OutlineCase{"WholeWithin", {0.3, 0.5, -9, -9, 250, 150}, 0},
+                    OutlineCase{"OneColumn", {100, 0.5, 0, 0, 1, 100}, 0}),
+    [](const auto &test) { return test.param.fault; });
 
 class Paint : public testing::Test
 {
