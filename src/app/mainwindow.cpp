@@ -100,7 +100,7 @@ MainWindow::MainWindow()
 
     ucalloc(&colorSpace, kColorSpaceBytes, 1, "colorSpace");
     ucalloc(&colorSpaceBackup, kColorSpaceBytes, 1, "colorSpaceBackup");
-    updateEnabledStates();
+    updateMenus();
 }
 
 MainWindow::~MainWindow()

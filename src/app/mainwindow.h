@@ -74,6 +74,7 @@ public:
     void commandRunning(bool running, QPointF centre) override;
     void showLoadDialog() override;
     void showNewImageDialog() override;
+    void saveImage(imgWindow *window) override;
     void showSaveDialog(imgWindow *window, bool flat) override;
     void openUrls(const QList<QUrl> &urls) override;
     void updateMenus() override;
@@ -84,6 +85,7 @@ public:
     void openView(image *img) override;
     void windowClosed(imgWindow *window) override;
     void recordFrameMargins(imgWindow *window) override;
+    void rememberPlace(imgWindow *window) override;
 
 public slots:
     void OnTimer();
@@ -178,6 +180,7 @@ private:
 
     // mainwindow_files.cpp
     QString nextFileOfFolder(const QString &path) const;
+    bool saveTo(FileRecord record, image *img, bool flat);
 
     // mainwindow_host.cpp and mainwindow_status.cpp
     imgWindow *addWindow(image *img, const FileRecord &record);

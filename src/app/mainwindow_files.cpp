@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QRegularExpression>
 #include <QTextStream>
 #include <QUrl>
 
@@ -37,6 +38,32 @@ QString patternsOf(const QStringList &extensions)
         patterns << QLatin1Char('*') + extension;
     return patterns.join(QLatin1Char(' '));
 }
+
+/// The extensions that a filter of a file dialog names, each with its dot.
+QStringList extensionsOf(const QString &filter)
+{
+    QStringList found;
+    static const QRegularExpression pattern(QStringLiteral("\\*(\\.\\w+)"));
+    QRegularExpressionMatchIterator matches = pattern.globalMatch(filter);
+    while (matches.hasNext())
+        found << matches.next().captured(1);
+    return found;
+}
+
+/// Forms that are written; their order is that of the filters of the save dialog.
+const char *const kWrittenForms[] = {
+    QT_TRANSLATE_NOOP("MainWindow", "PNG picture (*.png)"),
+    QT_TRANSLATE_NOOP("MainWindow", "JPEG picture (*.jpg *.jpeg)"),
+    QT_TRANSLATE_NOOP("MainWindow", "Raw samples, 16 or 8 bits (*.rgba)")};
+
+bool isWritable(const QString &path)
+{
+    for (const char *form : kWrittenForms)
+        for (const QString &extension : extensionsOf(QString::fromUtf8(form)))
+            if (path.endsWith(extension, Qt::CaseInsensitive))
+                return true;
+    return false;
+}
 } // namespace
 
 void MainWindow::nameFileBags()
@@ -51,9 +78,10 @@ void MainWindow::nameFileBags()
                     tr("All files (*)")}
             .join(QStringLiteral(";;"));
     saveFileBag.key = QStringLiteral("saveFileBag");
-    saveFileBag.filters = QStringList{tr("PNG picture (*.png)"), tr("JPEG picture (*.jpg *.jpeg)"),
-                                      tr("Raw samples, 16 or 8 bits (*.rgba)")}
-                              .join(QStringLiteral(";;"));
+    QStringList forms;
+    for (const char *form : kWrittenForms)
+        forms << tr(form);
+    saveFileBag.filters = forms.join(QStringLiteral(";;"));
 }
 
 image *MainWindow::loadFile(const QString &path)
@@ -159,6 +187,17 @@ QString MainWindow::nextFileOfFolder(const QString &path) const
     return next == names.end() ? QString() : folder.absoluteFilePath(*next);
 }
 
+void MainWindow::saveImage(imgWindow *window)
+{
+    if (!window || !isWindow(window) || !window->validImage())
+        return;
+    image *img = window->img;
+    if (img->fullPath.isEmpty() || !isWritable(img->fullPath))
+        showSaveDialog(window, false);
+    else
+        saveTo(FileRecord::fromPath(img->fullPath), img, false);
+}
+
 void MainWindow::showSaveDialog(imgWindow *window, bool flat)
 {
     if (!window || !isWindow(window) || !window->validImage())
@@ -168,8 +207,7 @@ void MainWindow::showSaveDialog(imgWindow *window, bool flat)
     QFileDialog dialog(window, tr("Save Image"), folder, saveFileBag.filters);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     const auto setSuffix = [&dialog](const QString &filter) {
-        dialog.setDefaultSuffix(
-            filter.section(QStringLiteral("*."), 1, 1).section(QRegExp("[ )]"), 0, 0));
+        dialog.setDefaultSuffix(extensionsOf(filter).value(0).mid(1));
     };
     connect(&dialog, &QFileDialog::filterSelected, &dialog, setSuffix);
     if (!saveFileBag.record.filter.isEmpty())
@@ -178,24 +216,29 @@ void MainWindow::showSaveDialog(imgWindow *window, bool flat)
     dialog.selectFile(QFileInfo(img->name).completeBaseName());
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
-    // The dialog ran an event loop: the window may be gone.
+    // The dialog ran an event loop: the window may be gone, or show nothing any more.
     if (!isWindow(window) || !window->validImage() || window->img != img)
         return;
     FileRecord record = FileRecord::fromPath(dialog.selectedFiles().constFirst());
     record.filter = dialog.selectedNameFilter();
-    record.forSaving = true;
-    record.isSet = true;
     saveFileBag.record.folder = record.folder;
     saveFileBag.record.filter = record.filter;
+    saveTo(record, img, flat);
+}
+
+bool MainWindow::saveTo(FileRecord record, image *img, bool flat)
+{
+    record.forSaving = true;
     BusyGuard guard(busy);
     if (!saveImageFile(record, img, flat))
-        return;
+        return false;
     img->saveBag = record;
     img->fullPath = record.fullPath;
     img->folder = record.folder;
     img->name = record.name;
     img->rebuildTitle();
     refreshViews(img);
+    return true;
 }
 
 void MainWindow::on_actionSave_Image_triggered()

@@ -15,6 +15,7 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QScreen>
+#include <QSettings>
 
 #include <algorithm>
 
@@ -22,6 +23,8 @@ namespace
 {
 constexpr int kCascadeStep = 28;
 constexpr int kCascadeLength = 8;
+constexpr int kWindowGap = 12;
+const QString kLonePlaceKey = QStringLiteral("imageWindowPosition");
 constexpr int kProgressSteps = 1000;
 constexpr int kProgressDelayMs = 700;
 
@@ -165,21 +168,32 @@ imgWindow *MainWindow::addWindow(image *img, const FileRecord &record)
     return window;
 }
 
-/// Beside the main window and the operator dialog, each a step below the one before.
+/// Beside the main window and the operator dialog, each a step below the one before; a
+/// window that is alone goes where the last one that was alone stood.
 void MainWindow::placeWindow(imgWindow *window)
 {
     const QRect desk = QGuiApplication::primaryScreen()->availableGeometry();
-    int left = desk.left();
+    QPoint wanted(desk.left(), desk.top() + kWindowGap);
     if (!isMinimized())
-        left = std::max(left, frameGeometry().right());
+        wanted.rx() = std::max(wanted.x(), frameGeometry().right());
     if (operators && operators->isVisible())
-        left = std::max(left, operators->frameGeometry().right());
+        wanted.rx() = std::max(wanted.x(), operators->frameGeometry().right());
     const int shift = placed++ % kCascadeLength * kCascadeStep;
+    wanted += QPoint(kWindowGap + shift, shift);
+    const QVariant remembered = store->value(kLonePlaceKey);
+    if (rememberPosition && windows.size() == 1 && remembered.type() == QVariant::Point)
+        wanted = remembered.toPoint();
     const QSize size = window->size().grownBy(frameMargins);
-    const int right = desk.right() - size.width();
-    const int bottom = desk.bottom() - size.height();
-    window->move(std::max(desk.left(), std::min(left + 12 + shift, right)),
-                 std::max(desk.top(), std::min(desk.top() + 12 + shift, bottom)));
+    const int mostX = std::max(desk.left(), desk.right() - size.width());
+    const int mostY = std::max(desk.top(), desk.bottom() - size.height());
+    window->move(std::clamp(wanted.x(), desk.left(), mostX),
+                 std::clamp(wanted.y(), desk.top(), mostY));
+}
+
+void MainWindow::rememberPlace(imgWindow *window)
+{
+    if (window)
+        store->setValue(kLonePlaceKey, window->pos());
 }
 
 void MainWindow::closeWindowsOf(image *img)
