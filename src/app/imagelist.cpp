@@ -110,7 +110,10 @@ void ImageList::drawStale()
         if (!rows.at(i).stale)
             continue;
         rows[i].stale = false;
-        topLevelItem(i)->setIcon(kNameColumn, smallPicture(*rows.at(i).img));
+        const QPixmap picture = smallPicture(*rows.at(i).img);
+        QIcon icon(picture);
+        icon.addPixmap(picture, QIcon::Selected); // a tint would show wrong colours
+        topLevelItem(i)->setIcon(kNameColumn, icon);
     }
 }
 

@@ -163,6 +163,11 @@ imgWindow *MainWindow::addWindow(image *img, const FileRecord &record)
     window->show();
     window->raise();
     window->activateWindow();
+    // A picture may need the whole desktop: the controls stay within reach above it.
+    if (isVisible() && !isMinimized()) {
+        raise();
+        operators->raise();
+    }
     makeCurrent(window);
     updateMenus();
     return window;

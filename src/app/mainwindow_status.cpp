@@ -36,6 +36,14 @@ void MainWindow::showStatus()
     statusBar()->setToolTip(status.toHtmlEscaped());
 }
 
+bool MainWindow::event(QEvent *event)
+{
+    // Walking through the menus sends empty tips, which would wipe the message away.
+    if (event->type() == QEvent::StatusTip)
+        return true;
+    return QMainWindow::event(event);
+}
+
 void MainWindow::resizeEvent(QResizeEvent *event)
 {
     QMainWindow::resizeEvent(event);
