@@ -129,7 +129,7 @@ void registerOperatorBenchmarks()
     registerRatio("negative/full", 1.0, [] { return negative(kFull); });
     registerRatio("negative/soft", 1.5, [] { return negative(kSoft); });
     registerRatio("negative/empty", 0.5, [] { return negative(kEmpty); });
-    registerRatio("exposure/luma", 10.0, [] { return luma(); });
+    registerRatio("exposure/luma", 12.0, [] { return luma(); });
     registerRatio("diffuse/conical", 1.5, [] { return shaping(0); });
     registerRatio("diffuse/flat", 1.5, [] { return shaping(1); });
     registerRatio("diffuse/axis", 1.5, [] { return shaping(2); });
