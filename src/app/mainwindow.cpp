@@ -160,8 +160,12 @@ void MainWindow::createOperators()
     operators = new Operators(table.get(), this);
     connect(operators, &Operators::operateRequested, this, &MainWindow::on_operate_clicked);
     placeOperators();
+    operators->settings(false);
     operators->show();
-    if (!table->operators().empty())
+    // The operator of the last run, or the first one.
+    if (table->byId(mainOpIndex))
+        operators->selectOperator(mainOpIndex);
+    else if (!table->operators().empty())
         operators->selectOperator(table->operators().front()->id);
 }
 

@@ -207,6 +207,7 @@ private:
     uint64_t tick = 0;
     int phase = 0;        ///< 0 to 49, advanced by OnTimer
     int statusTicks = 0;  ///< age of the status message while it is marked as new
+    int messagesSaid = 0; ///< status texts and boxes so far
     int repaintTicks = 0; ///< runs on until the repaint duty was done
     int busy = 0;         ///< depth of work that must not be re-entered
     bool cancelled = false;

@@ -145,6 +145,9 @@ void MainWindow::on_operate_clicked()
     imgWindow *window = validCurrent();
     if (!window || busy > 0)
         return;
+    if (window->img->kind != 1 && !invertSelection && !window->img->anyMaskSet())
+        statusText(
+            tr("Nothing is selected, so nothing changes. Edit, Select Entire takes it all."));
     // Disabling the button that was pressed would hand the keyboard to its neighbour.
     const QPointer<QWidget> focused = QApplication::focusWidget();
     {

@@ -90,11 +90,16 @@ image *MainWindow::loadFile(const QString &path)
         return nullptr;
     const FileRecord record = FileRecord::fromPath(path);
     BusyGuard guard(busy);
+    const int saidBefore = messagesSaid;
     QApplication::setOverrideCursor(Qt::BusyCursor);
     image *loaded = loadImageFile(record.fullPath, record.name, &record, true);
     QApplication::restoreOverrideCursor();
     if (loaded)
         imageFileBag.record.folder = record.folder;
+    else if (messagesSaid == saidBefore) // some readers fail for the debug channel alone
+        messageBox(tr("Load Image"),
+                   tr("%1 could not be read.<br>It may be damaged, or no picture at all.")
+                       .arg(record.name.toHtmlEscaped()));
     return loaded;
 }
 
@@ -232,12 +237,7 @@ bool MainWindow::saveTo(FileRecord record, image *img, bool flat)
     BusyGuard guard(busy);
     if (!saveImageFile(record, img, flat))
         return false;
-    img->saveBag = record;
-    img->fullPath = record.fullPath;
-    img->folder = record.folder;
-    img->name = record.name;
-    img->rebuildTitle();
-    refreshViews(img);
+    refreshViews(img); // the picture is called by its file from now on
     return true;
 }
 

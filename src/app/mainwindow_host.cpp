@@ -62,6 +62,7 @@ void MainWindow::refreshViews(image *img)
 
 void MainWindow::messageBox(const QString &title, const QString &text)
 {
+    ++messagesSaid;
     QMessageBox box(boxParent(this, progressDialog));
     box.setWindowTitle(title.isEmpty() ? QStringLiteral("Kestrane") : title);
     box.setTextFormat(Qt::RichText);

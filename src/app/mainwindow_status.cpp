@@ -20,6 +20,7 @@ QString shortName(const QLabel *label, const image *img)
 void MainWindow::statusText(const QString &text)
 {
     status = text;
+    ++messagesSaid;
     statusTicks = 1;
     showStatus();
 }
