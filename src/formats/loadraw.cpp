@@ -1,25 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/rows.h"
-#include "formats/bounds.h"
 #include "formats/load.h"
+#include "formats/rawdecode.h"
 #include "formats/readers.h"
 
 #include <QCoreApplication>
 #include <QDebug>
 #include <QFileInfo>
 
-#include <libraw/libraw.h>
-
 #include <algorithm>
 
 namespace
 {
-constexpr int kOpenLimit = 0xFA00000;
-constexpr unsigned kMemoryLimitMb = 2048;
-/// Sensor samples that a byte of file can stand for: the best predictor leaves a bit.
-constexpr int kSamplesPerByte = 64;
-/// Raw samples, the picture of four channels and a copy of it while it is developed.
-constexpr int kReaderBytes = 2 + 8 + 8;
+constexpr int kNotAFile = -100009; // LibRaw's own code for a failure to read
 
 void reportFailure(const char *call, int code)
 {
@@ -30,11 +23,6 @@ ImageHolder reportNoImage()
 {
     qDebug().noquote() << "FAILED: Could not allocate image";
     return nullptr;
-}
-
-void noteDataError(void *seen, const char *, int)
-{
-    *static_cast<bool *>(seen) = true;
 }
 
 /// Text of an array that may be full to its last byte.
@@ -49,26 +37,25 @@ double degreesOf(const float (&parts)[3])
     return double(parts[0]) + double(parts[1]) / 60 + double(parts[2]) / 3600;
 }
 
-void takeMetadata(const libraw_data_t &data, image &img)
+void takeMetadata(const RawOutcome &raw, image &img)
 {
-    const libraw_gps_info_t &gps = data.other.parsed_gps;
-    img.latitude = degreesOf(gps.latitude);
-    img.longitude = degreesOf(gps.longitude);
-    img.altitude = double(gps.altitude);
-    img.shutter = double(data.other.shutter);
-    img.aperture = double(data.other.aperture);
-    img.focalLength = double(data.other.focal_len);
-    img.iso = double(data.other.iso_speed);
-    if (const QString description = textOf(data.other.desc); !description.isEmpty())
+    img.latitude = degreesOf(raw.latitude);
+    img.longitude = degreesOf(raw.longitude);
+    img.altitude = double(raw.altitude);
+    img.shutter = double(raw.shutter);
+    img.aperture = double(raw.aperture);
+    img.focalLength = double(raw.focalLength);
+    img.iso = double(raw.iso);
+    if (const QString description = textOf(raw.description); !description.isEmpty())
         img.annotation = description;
-    if (const QString artist = textOf(data.other.artist); !artist.isEmpty())
+    if (const QString artist = textOf(raw.artist); !artist.isEmpty())
         img.author = artist;
-    img.software = textOf(data.idata.software);
+    img.software = textOf(raw.software);
     if (img.software.isEmpty())
         img.software = QStringLiteral("LibRAW construct");
 }
 
-void copyPixels(const ushort (*pixels)[4], image &img)
+void copyPixels(const uint16_t (*pixels)[4], image &img)
 {
     parallelRows(img.height, img.width * 4, [&](int first, int end) {
         const int64_t stop = int64_t(end) * img.width;
@@ -79,15 +66,6 @@ void copyPixels(const ushort (*pixels)[4], image &img)
             img.alpha[i] = 65535;
         }
     });
-}
-
-bool sizeAllowed(const libraw_image_sizes_t &sizes, int64_t fileBytes)
-{
-    const int64_t pixels =
-        int64_t(std::max(sizes.raw_width, sizes.width)) * std::max(sizes.raw_height, sizes.height);
-    return sidesInRange(sizes.raw_width, sizes.raw_height) &&
-           sidesInRange(sizes.width, sizes.height) &&
-           fileCanHold(pixels, fileBytes, kSamplesPerByte) && memoryCanHold(pixels, kReaderBytes);
 }
 
 /// Return codes do not tell of lost data: a file cut short decodes to black with code 0.
@@ -110,58 +88,38 @@ void warnOfLostData(const image &img, bool damaged)
                                    "missing.<br>Try another copy of it."));
 }
 
-ImageHolder develop(LibRaw &processor, const QString &path, const FileRecord &record)
+/// True if the file was decoded; what failed goes to the debug channel alone.
+bool decoded(const RawOutcome &raw)
 {
-    const QFileInfo info(path);
-    // A pipe or a device would keep LibRaw reading for ever.
-    int code = info.isFile() || !info.exists() ? LIBRAW_SUCCESS : LIBRAW_IO_ERROR;
-    if (code == LIBRAW_SUCCESS)
-        code = processor.open_file(path.toLocal8Bit().constData(), kOpenLimit);
-    if (code != LIBRAW_SUCCESS) {
-        reportFailure("open_file(file.toLocal8Bit().constData())", code);
-        return nullptr;
-    }
-    if (!sizeAllowed(processor.imgdata.sizes, info.size()))
-        return reportNoImage();
-    code = processor.unpack();
-    if (code != LIBRAW_SUCCESS) {
-        reportFailure("unpack()", code);
-        return nullptr;
-    }
-    processor.raw2image();
-    processor.imgdata.params.use_camera_wb = 1;
-    processor.subtract_black();
-    processor.dcraw_process();
-
-    const libraw_data_t &data = processor.imgdata;
-    auto img = std::make_unique<image>();
-    if (!data.image || !sidesInRange(data.sizes.iwidth, data.sizes.iheight) ||
-        !img->allocateUnfilled(data.sizes.iwidth, data.sizes.iheight,
-                               path + QLatin1String(" via process_image()")))
-        return reportNoImage();
-    img->saveBag = record;
-    copyPixels(data.image, *img);
-    takeMetadata(data, *img);
-    return img;
+    if (raw.stage == RawOutcome::OpenFailed)
+        reportFailure("open_file(file.toLocal8Bit().constData())", raw.code);
+    else if (raw.stage == RawOutcome::UnpackFailed)
+        reportFailure("unpack()", raw.code);
+    else if (raw.stage != RawOutcome::Done)
+        reportNoImage();
+    return raw.stage == RawOutcome::Done;
 }
 } // namespace
 
 ImageHolder readThroughLibRaw(const QString &path, const FileRecord &record)
 {
-    ImageHolder img;
-    bool damaged = false;
-    try {
-        // On the heap: the processor is far larger than a thread's stack likes.
-        const auto processor = std::make_unique<LibRaw>(LIBRAW_OPTIONS_NONE);
-        processor->set_dataerror_handler(noteDataError, &damaged);
-        processor->imgdata.params.max_raw_memory_mb = kMemoryLimitMb;
-        img = develop(*processor, path, record);
-        processor->recycle();
-    } catch (...) {
-        return reportNoImage();
+    const QFileInfo info(path);
+    // A pipe or a device would keep LibRaw reading for ever.
+    if (info.exists() && !info.isFile()) {
+        reportFailure("open_file(file.toLocal8Bit().constData())", kNotAFile);
+        return nullptr;
     }
-    if (img)
-        warnOfLostData(*img, damaged);
+    const RawDecoding decoding(path.toLocal8Bit(), info.size());
+    const RawOutcome &raw = decoding.outcome();
+    if (!decoded(raw))
+        return nullptr;
+    auto img = std::make_unique<image>();
+    if (!img->allocateUnfilled(raw.width, raw.height, path + QLatin1String(" via process_image()")))
+        return reportNoImage();
+    img->saveBag = record;
+    copyPixels(decoding.pixels(), *img);
+    takeMetadata(raw, *img);
+    warnOfLostData(*img, raw.damaged != 0);
     return img;
 }
 
