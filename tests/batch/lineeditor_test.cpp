@@ -7,49 +7,38 @@
 
 namespace
 {
-struct Keys {
-    const char *fault, *keys, *text;
-};
-class LineKeys : public testing::TestWithParam<Keys>
+void type(LineEditor &editor, const char *keys)
 {
-};
-
-TEST_P(LineKeys, GiveTheText)
-{
-    std::ostringstream screen;
-    LineEditor editor(screen, "> ");
-    for (const char *earlier : {"first\n", "second\n"}) {
-        editor.begin(80);
-        for (; *earlier; ++earlier)
-            editor.feed(*earlier);
-    }
     editor.begin(80);
-    for (const char *key = GetParam().keys; *key; ++key)
-        editor.feed(*key);
-    EXPECT_EQ(editor.text().toStdString(), GetParam().text);
+    for (; *keys; ++keys)
+        editor.feed(*keys);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, LineKeys,
-    testing::Values(Keys{"InsertsAtTheCursor", "ac\033[Db", "abc"},
-                    Keys{"BackspaceAtTheStart",
-                         "\x7f\033[D\x7f"
-                         "a",
-                         "a"},
-                    Keys{"DeleteAtTheEnd", "ab\033[3~\033[D\033[3~\033[3~", "a"},
-                    Keys{"HomeAndEnd", "b\033[Ha\033OFc", "abc"},
-                    Keys{"KillToEitherEnd", "abc\x02\x0b\x02\x15", "b"},
-                    Keys{"KillWord", "one two  \x17three", "one three"},
-                    Keys{"CharactersOfSeveralBytes", "\xc3\xa4\xe2\x82\xac\x7f!", "\xc3\xa4!"},
-                    Keys{"EarlierLines", "\033[A\033[A\033[A\033[B!", "second!"},
-                    Keys{"BackToAFreshLine", "\033[A\033[B\033[Bx", "x"},
-                    Keys{"UnknownSequencesLeaveNothing", "\033[15~\033[1;5C\033[99999999999x",
-                         "99999x"},
-                    Keys{"GivenUp",
-                         "abc\x03"
-                         "d",
-                         "d"}),
-    [](const auto &row) { return row.param.fault; });
+TEST(LineEditor, KeysGiveTheText)
+{
+    struct {
+        const char *fault, *keys, *text;
+    } const cases[] = {
+        {"inserts at the cursor", "ac\033[Db", "abc"},
+        {"backspace at the start", "\177\033[D\177a", "a"},
+        {"delete at the end", "ab\033[3~\033[D\033[3~\033[3~", "a"},
+        {"home and end", "b\033[Ha\033OFc", "abc"},
+        {"kill to either end", "abc\x02\x0b\x02\x15", "b"},
+        {"kill word", "one two  \x17three", "one three"},
+        {"characters of several bytes", "\xc3\xa4\xe2\x82\xac\x7f!", "\xc3\xa4!"},
+        {"earlier lines", "\033[A\033[A\033[A\033[B!", "second!"},
+        {"back to a fresh line", "\033[A\033[B\033[Bx", "x"},
+        {"unknown sequences leave nothing", "\033[15~\033[1;5C\033[99999999999x", "99999x"},
+        {"given up", "abc\003d", "d"}};
+    for (const auto &c : cases) {
+        std::ostringstream screen;
+        LineEditor editor(screen, "> ");
+        type(editor, "first\n");
+        type(editor, "second\n");
+        type(editor, c.keys);
+        EXPECT_EQ(editor.text().toStdString(), c.text) << c.fault;
+    }
+}
 
 TEST(LineEditor, ShowsThePartAroundTheCursorOfAWideLine)
 {

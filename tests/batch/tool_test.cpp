@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QImage>
 #include <QProcess>
-#include <QSettings>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -23,7 +22,7 @@ protected:
     QTemporaryDir folder;
     QString home = folder.filePath("home");
 
-    void SetUp() override { ASSERT_TRUE(QDir().mkpath(home)); }
+    void SetUp() override { ASSERT_TRUE(QDir().mkpath(home + "/config/Zolvine")); }
 
     Finished run(const QStringList &arguments, const QByteArray &input = {},
                  const QProcessEnvironment &extra = {})
@@ -56,30 +55,27 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(content);
     }
-    bool exists(const QString &name) { return QFile::exists(folder.filePath(name)); }
-    QStringList homeFiles()
+    QStringList files(const QString &pattern) { return QDir(folder.path()).entryList({pattern}); }
+    int homeFiles()
     {
-        QStringList files;
-        QDirIterator walk(home, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-        while (walk.hasNext())
-            files += walk.next();
-        return files;
+        int count = 0;
+        const auto every = QDir::Files | QDir::Hidden;
+        for (QDirIterator i(home, every, QDirIterator::Subdirectories); i.hasNext(); i.next())
+            ++count;
+        return count;
     }
 };
 
 TEST_F(Tool, WritesTheRawFormAtBothDepths)
 {
     const QByteArray header("\0\x32\0\0\0\0\0\0\0\x31\0\0\0\0\0\0\0", 17);
-    QByteArray samples32, samples64;
-    for (int i = 0; i < 2; ++i) {
-        samples32 += QByteArray::fromHex("8f8f8fff");
-        samples64 += QByteArray::fromHex("8fff8fff8fffffff");
-    }
+    const QByteArray samples32 = QByteArray::fromHex("8f8f8fff").repeated(2);
+    const QByteArray samples64 = QByteArray::fromHex("8fff8fff8fffffff").repeated(2);
     EXPECT_EQ(run({"new:2x1", "-o", "a.rgba"}).status, 0);
     EXPECT_EQ(bytes("a.rgba"), "RAW64XY" + header + samples64);
     EXPECT_EQ(run({"new:2x1", "--depth=32", "--output=b.rgba"}).status, 0);
     EXPECT_EQ(bytes("b.rgba"), "RAW32XY" + header + samples32);
-    EXPECT_EQ(homeFiles(), QStringList());
+    EXPECT_EQ(homeFiles(), 0);
 }
 
 TEST_F(Tool, LoadsWhatItSavedInEveryForm)
@@ -115,10 +111,8 @@ TEST_F(Tool, TellsTransparencyAndGoesOn)
     ASSERT_TRUE(clear.save(folder.filePath("a.png")));
     const Finished done = run({"a.png", "-o", "a.jpg"});
     EXPECT_EQ(done.status, 0);
-    EXPECT_TRUE(
-        done.messages.contains("notice: This image has transparency. Saving in .jpg is not"))
-        << done.messages.constData();
-    EXPECT_TRUE(exists("a.jpg"));
+    EXPECT_TRUE(done.messages.contains("notice: This image has transparency. Saving in .jpg is"));
+    EXPECT_FALSE(files("a.jpg").isEmpty());
 }
 
 TEST_F(Tool, EndsAtTheFirstFailureUnlessToldToGoOn)
@@ -127,16 +121,13 @@ TEST_F(Tool, EndsAtTheFirstFailureUnlessToldToGoOn)
     const QStringList images{"new:1x1", "missing.png", "broken.png", "new:2x2"};
     Finished done = run(QStringList{"-o", "x{n}.png"} + images);
     EXPECT_EQ(done.status, 1);
-    EXPECT_TRUE(done.messages.contains("\nerror: missing.png: no such file\n") ||
-                done.messages.startsWith("error: missing.png: no such file\n"))
-        << done.messages.constData();
-    EXPECT_TRUE(exists("x1.png"));
-    EXPECT_FALSE(exists("x4.png"));
+    EXPECT_TRUE(("\n" + done.messages).contains("\nerror: missing.png: no such file\n"));
+    EXPECT_EQ(files("x*"), QStringList{"x1.png"});
 
     done = run(QStringList{"--keep-going", "-o", "y{n}.png"} + images);
     EXPECT_EQ(done.status, 1);
     EXPECT_TRUE(done.messages.contains("error: broken.png: ")) << done.messages.constData();
-    EXPECT_EQ(QDir(folder.path()).entryList({"y*"}), (QStringList{"y1.png", "y4.png"}));
+    EXPECT_EQ(files("y*"), (QStringList{"y1.png", "y4.png"}));
 }
 
 TEST_F(Tool, AFailedSaveIsStatus1AndLeavesTheOldFile)
@@ -145,35 +136,24 @@ TEST_F(Tool, AFailedSaveIsStatus1AndLeavesTheOldFile)
     Finished done = run({"new:1x1", "-o", "old.bmp"});
     EXPECT_EQ(done.status, 1);
     EXPECT_EQ(bytes("old.bmp"), "old");
-    EXPECT_TRUE(done.messages.startsWith("notice: Can't save in this format. Use .ato, "))
-        << done.messages.constData();
+    EXPECT_TRUE(done.messages.startsWith("notice: Can't save in this format. Use .ato, "));
     done = run({"new:1x1", "-o", "none/a.png"});
     EXPECT_EQ(done.status, 1);
-    EXPECT_TRUE(done.messages.endsWith("error: none/a.png: there is no folder of that name\n"))
-        << done.messages.constData();
+    EXPECT_TRUE(done.messages.endsWith("error: none/a.png: there is no folder of that name\n"));
 }
 
 TEST_F(Tool, StoredSettingsAreReadWhenAskedForAndNeverWritten)
 {
-    const QString store = home + "/config/Zolvine/Kestrane.conf";
-    {
-        QSettings settings(store, QSettings::IniFormat);
-        settings.setValue("invertSelection", true);
-        settings.setValue("tMode", 77);
-        settings.setValue("operatorExposure", 25);
-    }
-    QFile file(store);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray before = file.readAll();
+    const QString store = "home/config/Zolvine/Kestrane.conf";
+    const QByteArray before = "[General]\ninvertSelection=true\ntMode=77\noperatorExposure=25\n";
+    write(store, before);
     const QByteArray commands = ".apply negative\n.pixel 0 0\n.scriptline exposure\n";
     EXPECT_EQ(run({"-i", "new:1x1"}, commands).out, "36863 36863 36863 65535 0\nexposure 0 0\n");
     const Finished done = run({"-i", "--settings", "new:1x1"}, commands);
     EXPECT_EQ(done.out, "28672 28672 28672 65535 65535\nexposure 25 0\n");
-    EXPECT_TRUE(done.messages.startsWith("warning: stored setting passed over: "))
-        << done.messages.constData();
-    file.seek(0);
-    EXPECT_EQ(file.readAll(), before);
-    EXPECT_EQ(homeFiles(), QStringList{store});
+    EXPECT_TRUE(done.messages.startsWith("warning: stored setting passed over: "));
+    EXPECT_EQ(bytes(store), before);
+    EXPECT_EQ(homeFiles(), 1) << "the store alone";
 }
 
 TEST_F(Tool, NeedsNoDisplayAndNoLocale)
@@ -183,7 +163,7 @@ TEST_F(Tool, NeedsNoDisplayAndNoLocale)
     bad.insert("LC_ALL", "C");
     const QString name = QString::fromUtf8("gr\xc3\xbc\xc3\x9f.png");
     EXPECT_EQ(run({"new:1x1", "-o", name}, {}, bad).status, 0);
-    EXPECT_EQ(QDir(folder.path()).entryList({"*.png"}), QStringList{name});
+    EXPECT_EQ(files("*.png"), QStringList{name});
     bad.insert("QT_QPA_PLATFORM", "xcb");
     EXPECT_EQ(run({name}, {}, bad).status, 0);
 }
