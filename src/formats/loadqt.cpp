@@ -4,9 +4,11 @@
 #include "formats/load.h"
 #include "formats/readers.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QtConcurrentRun>
+#include <QtEndian>
 
 #include <algorithm>
 #include <array>
@@ -170,11 +172,24 @@ int64_t bestPixelsPerByte(const QByteArray &format)
     return deflatedBits;
 }
 
-/// Whether the picture may be decoded. Says why not.
-bool sizeAllowed(QImageReader &reader, int64_t fileBytes)
+/// The size that the file announces. Of a GIF the reader tells the first frame's, but
+/// decodes to the canvas, which stands in the header.
+QSize announcedSize(const QImageReader &reader, const QString &path)
 {
-    const QSize size = reader.size();
-    const QByteArray format = reader.format();
+    if (reader.format() != "gif")
+        return reader.size();
+    QFile file(path);
+    const QByteArray header = file.open(QIODevice::ReadOnly) ? file.read(10) : QByteArray();
+    if (header.size() < 10)
+        return QSize();
+    return QSize(qFromLittleEndian<uint16_t>(header.constData() + 6),
+                 qFromLittleEndian<uint16_t>(header.constData() + 8))
+        .expandedTo(reader.size());
+}
+
+/// Whether the picture may be decoded. Says why not.
+bool sizeAllowed(QSize size, const QByteArray &format, int64_t fileBytes)
+{
     // Drawings are no pictures, and without a size beforehand nothing bounds the memory.
     if (!size.isValid() || format.startsWith("svg") || format == "pdf") {
         sayStatus(QStringLiteral("failed to load image"));
@@ -212,10 +227,10 @@ ImageHolder decode(const QString &path, QImage *picture)
         sayStatus(QStringLiteral("failed to load image"));
         return nullptr;
     }
-    if (!sizeAllowed(reader, info.size()))
+    const QSize size = announcedSize(reader, path);
+    if (!sizeAllowed(size, reader.format(), info.size()))
         return nullptr;
     auto img = std::make_unique<image>();
-    const QSize size = reader.size();
     if (!img->allocateUnfilled(size.width(), size.height(), path)) {
         sayStatus(QStringLiteral("Image allocation failed"));
         return nullptr;
