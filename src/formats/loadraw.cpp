@@ -72,11 +72,11 @@ void copyPixels(const uint16_t (*pixels)[4], image &img)
 /// So the picture itself is looked at, and LibRaw's data error callback counts.
 void warnOfLostData(const image &img, bool damaged)
 {
-    const auto planes = img.colorPlanes();
-    const bool flat = std::all_of(planes.begin(), planes.end(), [&img](const uint16_t *plane) {
+    const auto flatAt = [&img](const uint16_t *plane) {
         return std::all_of(plane, plane + img.sampleCount(),
-                           [plane](uint16_t sample) { return sample == plane[0]; });
-    });
+                           [&img](uint16_t sample) { return sample == img.red[0]; });
+    };
+    const bool flat = flatAt(img.red) && flatAt(img.green) && flatAt(img.blue);
     if (!flat && !damaged)
         return;
     sayInBox(QCoreApplication::translate("formats", "Camera RAW"),
