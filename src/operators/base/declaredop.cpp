@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 using Kind = OpControl::Kind;
 
@@ -64,6 +65,13 @@ namespace
 bool hasRange(const OpParameter &parameter)
 {
     return parameter.low != 0 || parameter.high != 0;
+}
+
+/// The limits of a parameter's control: its range, or as far as a person may want to go.
+std::pair<double, double> controlLimits(const OpParameter &parameter)
+{
+    constexpr double far = 1e9;
+    return hasRange(parameter) ? std::pair(parameter.low, parameter.high) : std::pair(-far, far);
 }
 
 bool inRange(const OpParameter &parameter, double value)
@@ -261,6 +269,7 @@ void DeclaredOp::addControl(OpPage *page, const OpParameter &parameter) const
     };
     const OpControl &control = parameter.control;
     const double value = fieldValue(parameter);
+    const auto [low, high] = controlLimits(parameter);
     const auto labelled = [&] {
         page->addLabel(text(control.label), OpPage::LabelAlign::Left, false);
     };
@@ -268,17 +277,16 @@ void DeclaredOp::addControl(OpPage *page, const OpParameter &parameter) const
     case Kind::None:
         break;
     case Kind::Slider:
-        page->addSlider(text(control.label), int(parameter.low), int(parameter.high), int(value),
-                        true, QString::fromUtf8(control.unit));
+        page->addSlider(text(control.label), int(low), int(high), int(value), true,
+                        QString::fromUtf8(control.unit));
         break;
     case Kind::IntSpin:
         labelled();
-        page->addIntSpin(int(parameter.low), int(parameter.high), int(value), true);
+        page->addIntSpin(int(low), int(high), int(value), true);
         break;
     case Kind::DoubleSpin:
         labelled();
-        page->addDoubleSpin(parameter.low, parameter.high, control.step, control.decimals, value,
-                            true);
+        page->addDoubleSpin(low, high, control.step, control.decimals, value, true);
         break;
     case Kind::Combo: {
         QStringList names;

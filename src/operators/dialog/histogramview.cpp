@@ -43,9 +43,10 @@ void HistogramView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.fillRect(rect(), palette().color(QPalette::Base));
+    // Clipped samples pile up in the outer bins and would flatten all others.
     int top = 1;
     for (const Counts &channel : bins)
-        top = std::max(top, *std::max_element(channel.begin(), channel.end()));
+        top = std::max(top, *std::max_element(channel.begin() + 1, channel.end() - 1));
 
     const Qt::GlobalColor colours[] = {Qt::red, Qt::green, Qt::blue};
     painter.setRenderHint(QPainter::Antialiasing);
@@ -56,7 +57,8 @@ void HistogramView::paintEvent(QPaintEvent *)
         outline << QPointF(0, height());
         for (int i = 0; i < 256; ++i) {
             // The square root keeps sparse values in sight beside a single tall bin.
-            const double y = height() * (1 - std::sqrt(double(bins[c][size_t(i)]) / top));
+            const double part = std::min(1.0, double(bins[c][size_t(i)]) / top);
+            const double y = height() * (1 - std::sqrt(part));
             outline << QPointF(i * step, y) << QPointF((i + 1) * step, y);
         }
         outline << QPointF(width(), height());
