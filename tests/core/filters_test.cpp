@@ -1,33 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/colour.h"
 #include "core/filters.h"
-#include "core/image.h"
-#include "support/pictures.h"
-#include "support/recordingworkspace.h"
+#include "core/fixture.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cmath>
-#include <random>
 #include <vector>
+
+using Filters = WithWorkspace;
 
 namespace
 {
-int nearest(int value, int size)
-{
-    return std::clamp(value, 0, size - 1);
-}
-
 double slowKey(const image &img, int64_t i, NeighbourKey key)
 {
     const Rgb c = {double(img.red[i]), double(img.green[i]), double(img.blue[i])};
-    const double keys[] = {0.3 * c.red + 0.59 * c.green + 0.11 * c.blue,
-                           c.red,
-                           c.green,
-                           c.blue,
-                           rgbToHsv(c).saturation,
-                           rgbToHsv(c).value};
+    const Hsv hsv = rgbToHsv(c);
+    const double luma = 0.3 * c.red + 0.59 * c.green + 0.11 * c.blue;
+    const double keys[] = {luma, c.red, c.green, c.blue, hsv.saturation, hsv.value};
     return keys[int(key)];
 }
 
@@ -46,119 +34,87 @@ int64_t slowWinner(const image &img, int x, int y, NeighbourKey key, bool least)
         }
     return winner;
 }
+
+uint16_t slowConvolution(const image &from, int x, int y, const Convolution33 &m)
+{
+    double sum = 0;
+    for (int k = 0; k < 9; ++k) {
+        const int row = std::clamp(y + k / 3 - 1, 0, from.height - 1);
+        sum += m.cells[k] *
+               from.green[row * from.width + std::clamp(x + k % 3 - 1, 0, from.width - 1)];
+    }
+    sum = sum / (m.divisor == 0 ? 0.0001 : m.divisor) + m.bias;
+    return uint16_t(std::clamp(m.absolute ? std::fabs(sum) : sum, 0.0, 65535.0));
+}
 } // namespace
 
-TEST(Filters, ConvolutionEqualsTheLonghandSum)
+TEST_F(Filters, ConvolutionEqualsTheLonghandSum)
 {
-    RecordingWorkspace ws;
     const Convolution33 matrices[] = {
-        {{0, 0, 0, 0, 1, 0, 0, 0, 0}},
         {{1, 2, 1, 2, 4, 2, 1, 2, 1}, 16},
         {{-1, -1, -1, -1, 8, -1, -1, -1, 0.5}, 2, 100, true},
         {{1, 0, 0, 0, 0, 0, 0, 0, -1}, 1, -5000},
         {{1, 1, 1, 1, 1, 1, 1, 1, 1}, 0}, // no division by zero
     };
-    const int sizes[][2] = {{1, 1}, {1, 7}, {40, 31}};
-    for (const auto &size : sizes)
+    for (const auto &[width, height] : {std::pair{1, 1}, {1, 7}, {40, 31}})
         for (const Convolution33 &m : matrices) {
-            const ImagePtr from = randomImage(size[0], size[1], 13);
-            const ImagePtr img = randomImage(size[0], size[1], 13);
+            const ImagePtr from = randomImage(width, height, 13);
+            const ImagePtr img = randomImage(width, height, 13);
             ASSERT_TRUE(convolveChannel(img.get(), img->green, m));
-            for (int y = 0; y < size[1]; ++y)
-                for (int x = 0; x < size[0]; ++x) {
-                    double sum = 0;
-                    for (int k = 0; k < 9; ++k)
-                        sum += m.cells[k] * from->green[nearest(y + k / 3 - 1, size[1]) * size[0] +
-                                                        nearest(x + k % 3 - 1, size[0])];
-                    sum = sum / (m.divisor == 0 ? 0.0001 : m.divisor) + m.bias;
-                    sum = std::clamp(m.absolute ? std::fabs(sum) : sum, 0.0, 65535.0);
-                    ASSERT_EQ(img->green[y * size[0] + x], uint16_t(sum));
-                }
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width; ++x)
+                    ASSERT_EQ(img->green[y * width + x], slowConvolution(*from, x, y, m));
             std::copy(from->green, from->green + from->sampleCount(), img->green);
             EXPECT_TRUE(samePlanes(*from, *img)) << "no other plane";
         }
 }
 
-TEST(Filters, MinimumAndMaximumTakeTheWholePixel)
+TEST_F(Filters, MinimumAndMaximumTakeTheWholePixel)
 {
-    RecordingWorkspace ws;
     for (const bool least : {true, false})
         for (int key = 0; key <= int(NeighbourKey::Value); ++key) {
             const ImagePtr from = randomImage(33, 20, 5), img = randomImage(33, 20, 5);
             const auto filter = least ? minimumFilter : maximumFilter;
             ASSERT_TRUE(filter(img.get(), NeighbourKey(key)));
-            for (int y = 0; y < 20; ++y)
-                for (int x = 0; x < 33; ++x) {
-                    const int64_t i = y * 33 + x;
-                    const int64_t winner = slowWinner(*from, x, y, NeighbourKey(key), least);
-                    ASSERT_EQ(img->red[i], from->red[winner]) << key;
-                    ASSERT_EQ(img->green[i], from->green[winner]) << key;
-                    ASSERT_EQ(img->blue[i], from->blue[winner]) << key;
-                    ASSERT_EQ(img->alpha[i], from->alpha[i]) << key;
-                }
+            for (int i = 0; i < 33 * 20; ++i) {
+                const int64_t winner = slowWinner(*from, i % 33, i / 33, NeighbourKey(key), least);
+                for (size_t p = 0; p < 4; ++p) // alpha stays
+                    ASSERT_EQ(img->colorPlanes()[p][i], from->colorPlanes()[p][p < 3 ? winner : i]);
+            }
         }
-    EXPECT_FALSE(minimumFilter(nullptr, NeighbourKey::Luma));
     EXPECT_FALSE(maximumFilter(randomImage(2, 2, 1).get(), NeighbourKey(6)));
 }
 
-namespace
+TEST_F(Filters, RipsReplaceOnlyWhatStandsAlone)
 {
-using Rip = bool (*)(const image *, uint16_t *, int);
-struct RipCase {
-    const char *fault;
-    Rip rip;
-    std::vector<uint16_t> before, after; ///< 5 columns
-};
-class RipFilter : public testing::TestWithParam<RipCase>
-{
-};
-} // namespace
-
-TEST_P(RipFilter, ReplacesOnlyWhatStandsAlone)
-{
-    RecordingWorkspace ws;
-    const RipCase &one = GetParam();
-    const ImagePtr img = plainImage(5, int(one.before.size() / 5), 0, 0, 0);
-    std::copy(one.before.begin(), one.before.end(), img->red);
-    EXPECT_TRUE(one.rip(img.get(), img->red, 100));
-    EXPECT_EQ(std::vector<uint16_t>(img->red, img->red + img->sampleCount()), one.after);
-    EXPECT_FALSE(one.rip(nullptr, img->red, 100));
-    EXPECT_FALSE(one.rip(img.get(), img->red, -1));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Planes, RipFilter,
-    testing::Values(
-        RipCase{"OneAlone",
-                ripChannel,
-                {0, 0, 8, 0, 0, 0, 0, 900, 0, 0, 0, 0, 0, 0, 0},
-                {0, 0, 8, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0}},
-        RipCase{"ThresholdItselfIsNotPassed", ripChannel, {0, 0, 100, 0, 0}, {0, 0, 100, 0, 0}},
-        RipCase{"TwoAreNotAlone",
-                ripChannel,
-                {0, 900, 900, 0, 0, 0, 0, 0, 0, 0},
-                {0, 900, 900, 0, 0, 0, 0, 0, 0, 0}},
-        RipCase{"CornerHasThreeNeighbours",
-                ripChannel,
-                {900, 30, 30, 30, 30, 60, 30, 30, 30, 30},
-                {40, 30, 30, 30, 30, 60, 30, 30, 30, 30}},
-        RipCase{"RowIgnoresTheRowsAround",
-                ripChannelRow,
-                {9, 9, 900, 9, 9, 10, 10, 900, 30, 30},
-                {9, 9, 9, 9, 9, 10, 10, 20, 30, 30}},
-        RipCase{"PairGoes",
-                ripChannelDouble,
-                {7, 7, 7, 7, 7, 7, 900, 800, 7, 7, 7, 7, 7, 7, 7},
-                {7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7}},
-        RipCase{"ThreeAreNoPair", ripChannelDouble, {7, 900, 900, 900, 7}, {7, 900, 900, 900, 7}}),
-    [](const auto &each) { return each.param.fault; });
-
-TEST(Filters, ASingleSampleHasNoNeighbours)
-{
-    RecordingWorkspace ws;
-    for (const Rip rip : {ripChannel, ripChannelRow, ripChannelDouble}) {
-        const ImagePtr dot = plainImage(1, 1, 500, 0, 0);
-        EXPECT_TRUE(rip(dot.get(), dot->red, 0));
-        EXPECT_EQ(dot->red[0], 500);
+    const struct {
+        const char *fault;
+        bool (*rip)(const image *, uint16_t *, int);
+        int width;
+        std::vector<uint16_t> samples;
+        std::vector<size_t> replaced;
+        uint16_t by;
+    } cases[] = {
+        {"one alone", ripChannel, 3, {0, 8, 0, 0, 900, 0, 0, 0, 0}, {4}, 1},
+        {"the threshold itself is not passed", ripChannel, 5, {0, 0, 100, 0, 0}, {}, 0},
+        {"two are not alone", ripChannel, 4, {0, 900, 900, 0, 0, 0, 0, 0}, {}, 0},
+        {"a corner has three", ripChannel, 3, {900, 30, 30, 30, 60, 30}, {0}, 40},
+        {"rows around", ripChannelRow, 5, {20, 20, 900, 20, 20, 10, 10, 900, 30, 30}, {2, 7}, 20},
+        {"a pair goes", ripChannelDouble, 4, {7, 7, 7, 7, 7, 900, 800, 7, 7, 7, 7, 7}, {5, 6}, 7},
+        {"three are no pair", ripChannelDouble, 5, {7, 900, 900, 900, 7}, {}, 0},
+        {"no neighbours", ripChannel, 1, {500}, {}, 0},
+        {"no neighbours", ripChannelRow, 1, {500}, {}, 0},
+        {"no neighbours", ripChannelDouble, 1, {500}, {}, 0},
+    };
+    for (const auto &one : cases) {
+        SCOPED_TRACE(one.fault);
+        const ImagePtr img = plainImage(one.width, int(one.samples.size()) / one.width, 0, 0, 0);
+        std::copy(one.samples.begin(), one.samples.end(), img->red);
+        EXPECT_TRUE(one.rip(img.get(), img->red, 100));
+        std::vector<uint16_t> wanted = one.samples;
+        for (const size_t place : one.replaced)
+            wanted[place] = one.by;
+        EXPECT_EQ(std::vector<uint16_t>(img->red, img->red + img->sampleCount()), wanted);
+        EXPECT_FALSE(one.rip(nullptr, img->red, 100) || one.rip(img.get(), img->red, -1));
     }
 }

@@ -1,50 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/filters.h"
-#include "core/image.h"
-#include "core/memory.h"
+#include "core/fixture.h"
 #include "core/scale.h"
-#include "support/pictures.h"
-#include "support/recordingworkspace.h"
-
-#include <gtest/gtest.h>
 
 #include <functional>
-#include <random>
 #include <set>
+
+using Image = WithWorkspace;
 
 namespace
 {
-QString label(const uint16_t *plane)
-{
-    QString text;
-    memGetInfo(&text, plane, -1);
-    return text;
-}
-
-struct SizeCase {
-    const char *fault;
-    int width, height, widthMade, heightMade;
-};
-class ImageSize : public testing::TestWithParam<SizeCase>
-{
-};
-
-/// A master named "top" with `count` layers, all without windows.
-image *smallStack(int count)
-{
-    auto *top = new image;
-    top->allocate(2, 2, QStringLiteral("top"));
-    top->kind = 1;
-    for (int i = 0; i < count; ++i) {
-        auto *layer = new image;
-        layer->allocate(2, 2, QStringLiteral("layer"));
-        layer->kind = 2;
-        layer->master = top;
-        top->layers << layer;
-    }
-    return top;
-}
-
 class WindowCounter : public RecordingWorkspace
 {
 public:
@@ -53,138 +18,105 @@ public:
 };
 } // namespace
 
-TEST_P(ImageSize, IsTruncatedToSixteenBits)
+TEST_F(Image, SizeIsTruncatedToSixteenBits)
 {
-    const SizeCase &size = GetParam();
-    RecordingWorkspace ws;
+    const int cases[][4] = {// wanted and made; some wrap
+                            {1, 32767, 1, 32767},
+                            {32768, 1, 0, 0},
+                            {3, 65536, 0, 0},
+                            {65537, 2, 1, 2},
+                            {-3, 4, 0, 0}};
     const int64_t blocks = memRecord.currentBlocks;
-    image img;
-    EXPECT_EQ(img.allocate(size.width, size.height, QString()), size.widthMade > 0);
-    EXPECT_EQ(img.width, size.widthMade);
-    EXPECT_EQ(img.height, size.heightMade);
-    EXPECT_EQ(img.valid(), size.widthMade > 0);
-    EXPECT_EQ(memRecord.currentBlocks - blocks, size.widthMade > 0 ? 7 : 0);
-    EXPECT_EQ(memSize(img.red), (img.sampleCount() + 2 * img.width) * 2);
+    for (const auto &[width, height, widthMade, heightMade] : cases) {
+        SCOPED_TRACE(width);
+        image img;
+        EXPECT_EQ(img.allocate(width, height, QString()), widthMade > 0);
+        EXPECT_EQ(std::pair(img.width, img.height), std::pair(widthMade, heightMade));
+        EXPECT_EQ(memRecord.currentBlocks - blocks, img.valid() ? 7 : 0);
+        EXPECT_EQ(memSize(img.red), (img.sampleCount() + 2 * img.width) * 2);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Sizes, ImageSize,
-    testing::Values(SizeCase{"Smallest", 1, 1, 1, 1}, SizeCase{"Tallest", 1, 32767, 1, 32767},
-                    SizeCase{"TooWide", 32768, 1, 0, 0}, SizeCase{"WrapsToZero", 3, 65536, 0, 0},
-                    SizeCase{"WrapsToSmall", 65537, 2, 1, 2}, SizeCase{"Negative", -3, 4, 0, 0}),
-    [](const auto &each) { return each.param.fault; });
-
-TEST(Image, FreshAndLightweightOnes)
+TEST(ImageAlone, FreshAndLightweightOnes)
 {
+    const image alone; // before any workspace there are the stated defaults
+    EXPECT_EQ(alone.undoLevels + alone.yDpi, 310);
     RecordingWorkspace ws;
-    image img;
+    ws.xDpi = 72;
+    ws.mainAuthor = QStringLiteral("A");
+    image img, light;
+    EXPECT_EQ(img.dpiAspect(), 72.0 / 300.0);
+    EXPECT_EQ(img.author, "A");
+    EXPECT_TRUE(QRegExp("\\d{8}:\\d{6} UTC").exactMatch(img.creationTime));
     ASSERT_TRUE(img.allocate(5, 3, QStringLiteral("pic")));
-    EXPECT_TRUE(label(img.alpha).contains(QLatin1String("alpha channel: pic -- 50 (25 x 2)")));
-    EXPECT_TRUE(label(img.mask2).contains(QLatin1String("mask 2 channel: pic")));
-    for (int i = 0; i < 15; ++i) {
-        EXPECT_EQ(img.red[i], 36863);
-        EXPECT_EQ(img.blue[i], 36863);
-        EXPECT_EQ(img.alpha[i], 65535);
-        EXPECT_EQ(img.gmask[i], 0);
+    const std::array<uint16_t, 5> fresh = {36863, 36863, 36863, 65535, 0};
+    for (size_t p = 0; p < 5; ++p) {
+        EXPECT_EQ(std::count(img.workPlanes()[p], img.workPlanes()[p] + 15, fresh[p]), 15);
+        EXPECT_EQ(std::count(img.workPlanes()[p] + 15, img.workPlanes()[p] + 25, 0), 10);
     }
-    EXPECT_EQ(img.red[15] | img.red[24], 0) << "the spare rows";
-    EXPECT_EQ(img.colorCount24(), 1);
+    QString label;
+    memGetInfo(&label, img.mask2, -1);
+    EXPECT_TRUE(label.contains(QLatin1String("mask 2 channel: pic -- 50 (25 x 2)")));
     EXPECT_EQ(img.xCenter, 2);
-    EXPECT_EQ(img.iso, 1.0);
 
-    image light;
     light.lightweight = true;
     light.serial = 7;
     ASSERT_TRUE(light.allocate(5, 3, QString()));
     EXPECT_EQ(light.name, QLatin1String("New Image 7"));
     EXPECT_EQ(light.red[0], 0);
-    EXPECT_EQ(light.iso, 0.0);
-    light.fillGmask(9);
-    light.saveMask(); // there is nowhere to save it
-    light.fillGmask(4);
-    light.restoreMask();
-    EXPECT_EQ(light.maskAt(4, 2), 4);
-    EXPECT_FALSE(light.maskBackupValid);
-    img.fillGmask(9);
-    img.saveMask();
-    img.invertMask();
-    EXPECT_EQ(img.maskAt(0, 0), 65526);
-    img.restoreMask();
-    EXPECT_EQ(img.maskAt(0, 0), 9);
-    EXPECT_EQ(img.maskAt(5, 0), 0);
-}
-
-TEST(Image, DefaultsComeFromTheWorkspace)
-{
-    {
-        RecordingWorkspace ws;
-        ws.maxUndos = 3;
-        ws.xDpi = 72;
-        ws.mainAuthor = QStringLiteral("A");
-        const image img;
-        EXPECT_EQ(img.undoLevels, 3);
-        EXPECT_EQ(img.dpiAspect(), 72.0 / 300.0);
-        EXPECT_EQ(img.author, QLatin1String("A"));
-        EXPECT_TRUE(QRegExp(QStringLiteral("\\d{8}:\\d{6} UTC")).exactMatch(img.creationTime));
+    for (image *one : {&img, &light}) {
+        EXPECT_FALSE(one->anyMaskSet());
+        one->gmask[14] = 1;
+        EXPECT_TRUE(one->anyMaskSet());
+        one->fillGmask(9);
+        one->saveMask(); // a lightweight one has nowhere to save it
+        one->invertMask();
+        EXPECT_EQ(one->maskAt(4, 2), 65526);
+        one->restoreMask();
+        EXPECT_EQ(one->maskAt(4, 2), one == &img ? 9 : 65526);
+        EXPECT_EQ(one->maskAt(5, 0), 0);
     }
-    image alone; // before any workspace there are the stated defaults
-    EXPECT_EQ(alone.undoLevels, 10);
-    EXPECT_EQ(alone.yDpi, 300);
-    EXPECT_TRUE(alone.allocate(2, 2, QString()));
 }
 
-TEST(Image, EndsItsAssignmentsAndItsTree)
+TEST(ImageTree, EndsWhole)
 {
     WindowCounter ws;
     const int64_t blocks = memRecord.currentBlocks;
-    image *top = smallStack(3);
-    ws.assignBrush(top);
-    ws.assignOrigin(top->layers[1]);
-    destroyTree(&top);
-    EXPECT_EQ(top, nullptr);
-    EXPECT_EQ(ws.brushImage, nullptr);
-    EXPECT_EQ(ws.originImage, nullptr);
-    EXPECT_EQ(memRecord.currentBlocks, blocks);
-
     for (const bool closing : {false, true}) {
-        image *stack = smallStack(2);
-        ws.images << stack;
-        discardMasterAndLayers(stack->layers[0], closing);
+        Stack stack;
+        ws.images << stack.add(0)->master;
+        discardMasterAndLayers(stack.add(0), closing);
+        stack.master = nullptr;
         EXPECT_EQ(ws.closed, closing ? 3 : 0);
         EXPECT_TRUE(ws.images.isEmpty());
-        EXPECT_EQ(memRecord.currentBlocks, blocks);
     }
+    EXPECT_EQ(memRecord.currentBlocks, blocks);
 }
 
-TEST(Image, StandingAmongOthers)
+TEST_F(Image, StandingAmongOthers)
 {
-    RecordingWorkspace ws;
-    image *top = smallStack(3);
-    ws.images << top << new image;
-    image *low = top->layers[0], *high = top->layers[2];
+    Stack stack;
+    image atomic, *const top = stack.master;
+    image *const low = stack.add(0), *const high = stack.add(0);
+    ws.images << top << &atomic;
     top->serial = 4;
     low->serial = 6;
-    low->rebuildTitle();
-    top->rebuildTitle();
-    EXPECT_EQ(low->title, QLatin1String("[6][L3/M4] layer"));
-    EXPECT_EQ(top->title, QLatin1String("[4][M] top"));
-    EXPECT_EQ(high->layerIndex(), 1);
-    EXPECT_EQ(top->layerIndex(), -1);
+    for (image *one : {top, low})
+        one->rebuildTitle();
+    EXPECT_EQ(low->title, QLatin1String("[6][L2/M4] plain"));
+    EXPECT_EQ(top->title, QLatin1String("[4][M] plain"));
     EXPECT_EQ(findAnotherMaster(nullptr), top);
     EXPECT_EQ(findAnotherMaster(top), nullptr);
     EXPECT_EQ(countAtomicImages(), 1);
 
-    high->changed = true;
-    EXPECT_FALSE(low->layeredChanged());
-    high->viewCount = 1;
-    EXPECT_TRUE(low->layeredChanged());
-    high->viewCount = 2;
-    EXPECT_FALSE(top->layeredChanged());
+    high->changed = atomic.changed = true;
+    for (const int views : {0, 1, 2}) { // a layer counts if it has exactly one
+        high->viewCount = views;
+        EXPECT_EQ(low->layeredChanged(), views == 1);
+    }
     top->changed = true;
     EXPECT_TRUE(low->layeredChanged());
-    ws.images[1]->changed = true;
-    EXPECT_FALSE(ws.images[1]->layeredChanged());
-    EXPECT_TRUE(ws.images[1]->hasUnsavedChanges());
+    EXPECT_TRUE(atomic.hasUnsavedChanges() && !atomic.layeredChanged());
 
     low->markMasterForRebuild();
     EXPECT_TRUE(top->needsRebuild);
@@ -194,134 +126,80 @@ TEST(Image, StandingAmongOthers)
     top->removeLayer(low);
     EXPECT_EQ(low->layerIndex(), -1);
     delete low;
-    ws.images.removeAll(top);
-    destroyTree(&top);
+    ws.images.removeAll(&atomic);
 }
 
-TEST(Image, NotationsScaleAndRound)
+TEST_F(Image, NotationsScaleAndRound)
 {
     image from, to;
-    Notation note;
-    note.textX = 5;
-    note.headY = 7;
-    note.tailY = -3;
-    note.points << QPoint(3, 3);
-    note.text = QStringLiteral("n");
-    from.notations << note;
+    Notation given;
+    given.textX = 5;
+    given.tailY = -3;
+    given.headY = 7;
+    given.points << QPoint(3, 3);
+    from.notations << given;
     to.copyNotations(from, 10, 10, 15, 25);
-    EXPECT_EQ(to.notations[0].textX, 8);
-    EXPECT_EQ(to.notations[0].headY, 18);
-    EXPECT_EQ(to.notations[0].tailY, qRound(-7.5));
-    EXPECT_EQ(to.notations[0].points[0], QPoint(5, 8));
+    const Notation &note = to.notations[0];
+    EXPECT_EQ((std::array{note.textX, note.tailY, note.headY}), (std::array{8, qRound(-7.5), 18}));
+    EXPECT_EQ(note.points[0], QPoint(5, 8));
     EXPECT_EQ(from.notations[0].points[0], QPoint(3, 3)) << "a deep copy";
-    to.copyNotations(from, 10, 10, 10, 20);
-    EXPECT_EQ(to.notations[0].points[0], QPoint(3, 6));
 }
 
-TEST(Image, QImagesThereAndBack)
+TEST_F(Image, QImagesThereAndBackAndColors)
 {
-    RecordingWorkspace ws;
-    QImage picture(67, 41, QImage::Format_ARGB32);
-    std::mt19937 random(3);
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x)
-            picture.setPixel(x, y, random());
+    QImage picture = randomImage(67, 41, 3)->toQImage();
     picture.setPixel(0, 0, qRgba(128, 255, 0, 1));
     const ImagePtr img(imgFromQImage(picture));
-    ASSERT_TRUE(img);
     EXPECT_EQ(img->name, QLatin1String("imgFromQImage()"));
     EXPECT_EQ(img->red[0], 32896);
     EXPECT_EQ(img->green[0], 65535);
     EXPECT_EQ(img->alpha[0], 257);
     EXPECT_EQ(img->toQImage(), picture);
     EXPECT_EQ(imgFromQImage(QImage()), nullptr);
-    EXPECT_EQ(imgFromQImage(QImage(65600, 1, QImage::Format_Mono)), nullptr)
-        << "64 samples wide after truncation";
-}
+    EXPECT_EQ(imgFromQImage(QImage(65600, 1, QImage::Format_Mono)), nullptr) << "would be cut off";
 
-TEST(Image, CountsColors)
-{
-    RecordingWorkspace ws;
-    const ImagePtr img = randomImage(120, 90, 11);
-    std::set<uint64_t> coarse, fine;
+    std::set<std::array<int, 3>> coarse, fine;
     for (int64_t i = 0; i < img->sampleCount(); ++i) {
-        img->green[i] = uint16_t(img->green[i] & 0x0303);
-        img->blue[i] = uint16_t(img->red[i] & 1);
-        coarse.insert(uint64_t(img->red[i] >> 8) << 8 | img->green[i] >> 8);
-        fine.insert(uint64_t(img->red[i]) << 32 | uint64_t(img->green[i]) << 16 | img->blue[i]);
+        const int red = img->red[i], green = img->green[i] = uint16_t(i % 7 * 100);
+        const int blue = img->blue[i] = uint16_t(red & 1);
+        coarse.insert({red >> 8, green >> 8, blue >> 8});
+        fine.insert({red, green, blue});
     }
     EXPECT_EQ(img->colorCount24(), int64_t(coarse.size()));
     EXPECT_EQ(img->colorCount48(), int64_t(fine.size()));
 }
 
-// --- Memory short at every single allocation ---------------------------------------------
-
-struct ShortCase {
-    const char *name;
-    std::function<bool(image &)> act; ///< true once nothing was refused
-};
-class MemoryShort : public testing::TestWithParam<ShortCase>
+TEST_F(Image, MemoryShortAnywhereLeaksNothingAndLeavesThePicture)
 {
-};
-
-TEST_P(MemoryShort, LeavesNoLeakAndThePictureAlone)
-{
-    RecordingWorkspace ws;
-    const ImagePtr before = randomImage(23, 17, 5), img = randomImage(23, 17, 5);
-    img->noUndo = true;
-    const int64_t blocks = memRecord.currentBlocks;
-    bool done = false;
-    for (int n = 1; n < 60 && !done; ++n) {
-        EXPECT_TRUE(samePlanes(*before, *img)) << "allocation " << n - 1;
-        memFailAt(n);
-        done = GetParam().act(*img);
-        memFailAt(0);
-        EXPECT_EQ(memRecord.currentBlocks, blocks) << "allocation " << n;
+    /// Each is true once nothing was refused.
+    const std::function<bool(image *)> acts[] = {
+        [](image *) { return image().allocate(4, 4, QString()); },
+        [](image *img) { return img->quarterTurn(); },
+        [](image *img) { return img->m4fill(3, 3, 1, 2); },
+        [](image *img) { return img->colorCount48() > 0; },
+        [](image *img) { return ImagePtr(imgFromQImage(img->toQImage())) != nullptr; },
+        [](image *img) { return ImagePtr(reduce(img, 5, 5)) != nullptr; },
+        [](image *img) { return smartReduce(img, plainImage(2, 2, 0, 0, 0).get()); },
+        [](image *img) { return scaleBilinear(img, plainImage(9, 40, 0, 0, 0).get(), true); },
+        [](image *img) { return minimumFilter(img, NeighbourKey::Luma); },
+        [](image *img) {
+            return convolveChannel(img, img->red, {{0, 0, 0, 0, 2}});
+        },
+        [](image *img) { return ripChannelDouble(img, img->red, 9); },
+    };
+    for (size_t act = 0; act < std::size(acts); ++act) {
+        const ImagePtr before = randomImage(23, 17, 5), img = randomImage(23, 17, 5);
+        img->noUndo = true;
+        const int64_t blocks = memRecord.currentBlocks;
+        bool done = false;
+        for (int n = 1; n < 60 && !done; ++n) {
+            SCOPED_TRACE(testing::Message() << "act " << act << ", allocation " << n);
+            EXPECT_TRUE(samePlanes(*before, *img));
+            memFailAt(n);
+            done = acts[act](img.get());
+            memFailAt(0);
+            EXPECT_EQ(memRecord.currentBlocks, blocks);
+        }
+        EXPECT_TRUE(done) << "act " << act;
     }
-    EXPECT_TRUE(done);
 }
-
-namespace
-{
-bool keptAndDeleted(image *made)
-{
-    const bool done = made != nullptr;
-    delete made;
-    return done;
-}
-
-bool smartReduced(image &img)
-{
-    image target;
-    return target.allocate(2, 2, QString()) && smartReduce(&img, &target);
-}
-
-bool fitted(image &img)
-{
-    image target;
-    return target.allocate(9, 40, QString()) && scaleBilinear(&img, &target, true);
-}
-} // namespace
-
-INSTANTIATE_TEST_SUITE_P(
-    Acts, MemoryShort,
-    testing::Values(
-        ShortCase{"Allocate", [](image &) { return image().allocate(4, 4, QString()); }},
-        ShortCase{"QuarterTurn", [](image &img) { return img.quarterTurn(); }},
-        ShortCase{"Fill", [](image &img) { return img.m4fill(3, 3, 1, 2); }},
-        ShortCase{"ColorCount", [](image &img) { return img.colorCount48() > 0; }},
-        ShortCase{"FromQImage",
-                  [](image &) {
-                      QImage blank(3, 3, QImage::Format_RGB32);
-                      blank.fill(0);
-                      return keptAndDeleted(imgFromQImage(blank));
-                  }},
-        ShortCase{"Reduce", [](image &img) { return keptAndDeleted(reduce(&img, 5, 5)); }},
-        ShortCase{"SmartReduce", smartReduced}, ShortCase{"FitInto", fitted},
-        ShortCase{"Minimum", [](image &img) { return minimumFilter(&img, NeighbourKey::Luma); }},
-        ShortCase{"Convolve",
-                  [](image &img) {
-                      return convolveChannel(&img, img.red, {{0, 0, 0, 0, 2, 0, 0, 0, 0}});
-                  }},
-        ShortCase{"Rip", [](image &img) { return ripChannelDouble(&img, img.red, 9); }}),
-    [](const auto &each) { return each.param.name; });
