@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/stack.h"
 #include "views/testhost.h"
 
 #include <QPointer>
@@ -26,9 +27,8 @@ TEST_F(Close, OnlyTheLastViewOfAChangedImageAsks)
     img->changed = true;
     QPointer<imgWindow> second = host.show(img);
     EXPECT_TRUE(close(window));
-    EXPECT_TRUE(host.questions.isEmpty());
+    EXPECT_TRUE(host.questions.isEmpty() && window.isNull());
     EXPECT_EQ(img->viewCount, 1);
-    EXPECT_TRUE(window.isNull());
     EXPECT_EQ(host.windows, QList<imgWindow *>{second});
     host.answer = 0;
     EXPECT_FALSE(close(second));
@@ -36,14 +36,13 @@ TEST_F(Close, OnlyTheLastViewOfAChangedImageAsks)
               QStringList("Last view on image<br><br>!<b>This image has been changed.</b><br>You "
                           "are about to close the last view on this image.<br><br><i>Are you "
                           "sure you want to do that?</i>"));
-    EXPECT_EQ(host.images.size(), 1);
-    EXPECT_TRUE(host.windows.first()->isVisible());
+    EXPECT_TRUE(host.images.size() == 1 && host.windows.first()->isVisible());
     host.answer = 1;
     host.assignBrush(img);
     host.assignOrigin(img);
     EXPECT_TRUE(close(second));
-    EXPECT_TRUE(host.images.isEmpty() && host.windows.isEmpty());
-    EXPECT_TRUE(!host.brushImage && !host.originImage && !host.currentWindow && second.isNull());
+    EXPECT_TRUE(host.images.isEmpty() && host.windows.isEmpty() && second.isNull());
+    EXPECT_TRUE(!host.brushImage && !host.originImage && !host.currentWindow);
 }
 
 TEST_F(Close, UnchangedUnwantedAndDiscardedAskNothing)
@@ -58,9 +57,8 @@ TEST_F(Close, UnchangedUnwantedAndDiscardedAskNothing)
     host.imgClose = true;
     image *thrown = host.keep(plainImage(9, 9, 0, 0, 0));
     thrown->changed = thrown->discard = true;
-    QPointer<imgWindow> first = host.show(thrown), second = host.show(thrown);
-    EXPECT_TRUE(close(first));
-    EXPECT_EQ(host.images.size(), 1); // the other view still shows it
+    imgWindow *first = host.show(thrown), *second = host.show(thrown);
+    EXPECT_TRUE(close(first) && host.images.size() == 1); // the other view still shows it
     EXPECT_TRUE(close(second));
     EXPECT_TRUE(host.images.isEmpty() && host.questions.isEmpty());
 }
@@ -78,26 +76,22 @@ TEST_F(Close, NoPromptKeepsTheImageAndWorkRefuses)
 
 TEST_F(Close, LayeredImagesAreLeftToTheTimer)
 {
-    image *master = host.keep(plainImage(8, 8, 0, 0, 0));
-    image *layer = plainImage(8, 8, 0, 0, 0).release();
-    master->kind = 1;
-    layer->kind = 2;
-    layer->master = master;
-    master->layers << layer;
+    Stack stack;
+    image *layer = stack.add(0),
+          *master = host.keep(ImagePtr(std::exchange(stack.master, nullptr)));
     master->changed = true;
     imgWindow *view = host.show(layer);
     host.answer = 0;
     EXPECT_FALSE(close(view));
-    EXPECT_EQ(host.questions.last(),
-              "Last view on part of a layered image!<br><br><b>This layered image has been "
-              "changed.</b><br>You are about to close the last view on this component,<br>which "
-              "will close the layered image completely.<br><br><i>Are you sure you want to do "
-              "that?</i>");
+    EXPECT_EQ(host.questions,
+              QStringList("Last view on part of a layered image!<br><br><b>This layered image has "
+                          "been changed.</b><br>You are about to close the last view on this "
+                          "component,<br>which will close the layered image completely.<br><br>"
+                          "<i>Are you sure you want to do that?</i>"));
     EXPECT_FALSE(host.pendingDiscard);
     host.answer = 1;
     EXPECT_TRUE(close(view));
-    EXPECT_TRUE(host.pendingDiscard);
-    EXPECT_EQ(host.pendingDiscardImage, layer);
+    EXPECT_TRUE(host.pendingDiscard && host.pendingDiscardImage == layer);
     EXPECT_TRUE(host.images.contains(master) && host.isWindow(view)); // until the timer
     host.closingAll = true;
     host.show(master);

@@ -23,38 +23,31 @@ protected:
         QWheelEvent event(at, at, {}, delta, Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
         QCoreApplication::sendEvent(window, &event);
     }
+    void drag(Qt::MouseButton button, QPoint from, QPoint to)
+    {
+        QTest::mousePress(window, button, {}, from);
+        QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, button, {});
+        QCoreApplication::sendEvent(window, &move);
+        QTest::mouseRelease(window, button, {}, to);
+    }
     QPoint pan() const { return {window->panX, window->panY}; }
 };
 
 TEST_F(Input, PanKeysAndWheel)
 {
-    struct {
-        int key;
-        Qt::KeyboardModifiers modifiers;
-        QPoint moved;
-    } const rows[] = {{Qt::Key_Up, {}, {0, -10}},
-                      {Qt::Key_Up, Qt::ShiftModifier, {0, -1}},
-                      {Qt::Key_Down, Qt::KeypadModifier, {0, 10}},
-                      {Qt::Key_Down, Qt::ShiftModifier, {0, 1}},
-                      {Qt::Key_Left, {}, {-10, 0}},
-                      {Qt::Key_Left, Qt::ShiftModifier, {-1, 0}},
-                      {Qt::Key_Right, {}, {10, 0}},
-                      {Qt::Key_Right, Qt::ShiftModifier, {1, 0}}};
-    for (const auto &row : rows) {
-        const QPoint before = pan();
-        QTest::keyClick(window, Qt::Key(row.key), row.modifiers);
-        EXPECT_EQ(pan() - before, row.moved) << row.key;
+    const int rows[][3] = {
+        {Qt::Key_Up, 0, -1}, {Qt::Key_Down, 0, 1}, {Qt::Key_Left, -1, 0}, {Qt::Key_Right, 1, 0}};
+    for (const auto &[number, x, y] : rows) {
+        const auto key = Qt::Key(number);
+        const QPoint before = pan(), way(x, y);
+        QTest::keyClick(window, key, Qt::KeypadModifier);
+        EXPECT_EQ(pan() - before, way * 10) << key;
+        QTest::keyClick(window, key, Qt::ShiftModifier);
+        EXPECT_EQ(pan() - before, way * 11) << key;
+        wheel(way * 120);
+        EXPECT_EQ(pan() - before, way * 12) << key;
     }
-    EXPECT_EQ(host.started, 8);
-    EXPECT_EQ(host.ended, 8);
-    window->panX = window->panY = 0;
-    wheel({0, -120});
-    EXPECT_EQ(pan(), QPoint(0, -1));
-    wheel({0, 120});
-    wheel({120, 0});
-    EXPECT_EQ(pan(), QPoint(1, 0));
-    wheel({-120, 0});
-    EXPECT_EQ(pan(), QPoint(0, 0));
+    EXPECT_EQ(host.started + host.ended, 24);
     QTest::keyClick(window, Qt::Key_C);
     EXPECT_EQ(pan(), QPoint(200, 100));
     QTest::keyClick(window, Qt::Key_Home);
@@ -89,17 +82,11 @@ TEST_F(Input, ZoomKeepsThePlaceUnderTheCursor)
 
 TEST_F(Input, DragsWithMiddleButtonOrSpace)
 {
-    QTest::mousePress(window, Qt::MiddleButton, {}, {100, 50});
-    QMouseEvent move(QEvent::MouseMove, QPointF(90, 55), Qt::NoButton, Qt::MiddleButton, {});
-    QCoreApplication::sendEvent(window, &move);
-    QTest::mouseRelease(window, Qt::MiddleButton, {}, {90, 55});
+    drag(Qt::MiddleButton, {100, 50}, {90, 55});
     EXPECT_EQ(pan(), QPoint(20, -10));
-    EXPECT_EQ(host.pointer, QPoint(-1, -1) + QPoint(201, 101)); // still over the same sample
+    EXPECT_EQ(host.pointer, QPoint(200, 100)); // still over the same sample
     QTest::keyPress(window, Qt::Key_Space);
-    QTest::mousePress(window, Qt::LeftButton, {}, {100, 50});
-    QMouseEvent second(QEvent::MouseMove, QPointF(110, 45), Qt::NoButton, Qt::LeftButton, {});
-    QCoreApplication::sendEvent(window, &second);
-    QTest::mouseRelease(window, Qt::LeftButton, {}, {110, 45});
+    drag(Qt::LeftButton, {100, 50}, {110, 45});
     QTest::keyRelease(window, Qt::Key_Space);
     EXPECT_EQ(pan(), QPoint(0, 0));
     EXPECT_EQ(window->previewX, 0); // dragging the view chooses no preview
@@ -109,20 +96,14 @@ TEST_F(Input, DragsWithMiddleButtonOrSpace)
 
 TEST_F(Input, UndoAndRedoKeys)
 {
-    const auto before = undoMakeCopy(img, true);
     beginAct(img);
     img->fill(1, 2, 3, 4);
-    QTest::keyClick(window, Qt::Key_U);
-    EXPECT_TRUE(sameColors(*img, *before));
-    QTest::keyClick(window, Qt::Key_R);
-    EXPECT_EQ(img->green[5], 2);
     QTest::keyClick(window, Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_TRUE(sameColors(*img, *before));
-    QTest::keyClick(window, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(img->green[5], 2);
-    QTest::keyClick(window, Qt::Key_R); // nothing left
-    EXPECT_EQ(img->green[5], 2);
-    delete before;
+    EXPECT_TRUE(samePlanes(*img, *randomImage(400, 200, 9)));
+    for (int twice = 0; twice < 2; ++twice) { // the second time there is nothing left
+        QTest::keyClick(window, Qt::Key_R);
+        EXPECT_EQ(img->green[5], 2);
+    }
 }
 
 TEST_F(Input, ModifiersAndForeignKeys)
@@ -163,16 +144,14 @@ TEST(KeyTable, EveryKeyHasANamedCommandAndOneMeaning)
     for (const KeyTable::Binding &binding : keyTable().bindings()) {
         EXPECT_TRUE(named.count(binding.command)) << binding.command;
         EXPECT_TRUE(keys.insert(binding.key).second) << binding.key;
-        EXPECT_EQ(keyTable().command(
-                      binding.key & ~int(Qt::KeyboardModifierMask),
-                      Qt::KeyboardModifiers(QFlag(binding.key & int(Qt::KeyboardModifierMask)))),
+        const int modifiers = binding.key & int(Qt::KeyboardModifierMask);
+        EXPECT_EQ(keyTable().command(binding.key - modifiers, Qt::KeyboardModifiers(modifiers)),
                   binding.command);
     }
     EXPECT_EQ(keyTable().keyOf(kCommandUndo), int(Qt::Key_U));
+    EXPECT_EQ(keyTable().command(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier), kCommandRedo);
     EXPECT_EQ(keyTable().command(Qt::Key_H, {}), 0);
     KeyTable table = KeyTable::defaults();
     table.bind(Qt::Key_U, kCommandRedo);
     EXPECT_EQ(table.command(Qt::Key_U, {}), kCommandRedo);
-    table.bind(Qt::Key_U, 0);
-    EXPECT_EQ(table.command(Qt::Key_U, {}), 0);
 }
