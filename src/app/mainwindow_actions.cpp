@@ -146,8 +146,7 @@ void MainWindow::on_operate_clicked()
     if (!window || busy > 0)
         return;
     if (window->img->kind != 1 && !invertSelection && !window->img->anyMaskSet())
-        statusText(
-            tr("Nothing is selected, so nothing changes. Edit, Select Entire takes it all."));
+        statusText(tr("Nothing selected (F1 selects all)"));
     // Disabling the button that was pressed would hand the keyboard to its neighbour.
     const QPointer<QWidget> focused = QApplication::focusWidget();
     {
