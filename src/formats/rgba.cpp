@@ -184,7 +184,7 @@ bool writeRgbaFile(const image *img, const QString &path, int depth, QString *er
     QSaveFile file(path);
     if (file.open(QIODevice::WriteOnly) &&
         (depth == 32 ? writeAll<Depth32>(file, *img) : writeAll<Depth64>(file, *img)) &&
-        file.commit())
+        commitWhole(file))
         return true;
     *error = file.errorString();
     return false;

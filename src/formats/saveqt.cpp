@@ -48,6 +48,13 @@ QByteArray withExif(const QByteArray &jpeg, const QByteArray &block)
 }
 } // namespace
 
+bool commitWhole(QSaveFile &file)
+{
+    // What is still buffered counts too: commit alone would overlook that a full disk did
+    // not take it, and put a file without its end in the place of the old one.
+    return file.flush() && file.commit();
+}
+
 bool writeThroughQt(const image &img, const QString &path, bool jpeg, int quality, QString *error)
 {
     const QImage picture = pictureOf(img);
@@ -67,7 +74,7 @@ bool writeThroughQt(const image &img, const QString &path, bool jpeg, int qualit
     if (jpeg && !img.tagBlock.isEmpty() && workspace() && workspace()->saveEXIF)
         bytes = withExif(bytes, img.tagBlock);
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && commitWhole(file))
         return true;
     *error = file.errorString();
     return false;

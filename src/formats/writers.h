@@ -3,7 +3,11 @@
 
 #include <QString>
 
+class QSaveFile;
 class image;
+
+/// Puts the new file in the place of the old one, unless any of it could not be written.
+bool commitWhole(QSaveFile &file);
 
 /// A raw file of 64 or 32 bits a pixel. False with a reason; the old file then stands.
 bool writeRgbaFile(const image *img, const QString &path, int depth, QString *error);

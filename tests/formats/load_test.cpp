@@ -3,6 +3,7 @@
 #include "entries.h"
 #include "formats/load.h"
 #include "support/debuglog.h"
+#include "support/dng.h"
 #include "support/pictures.h"
 #include "support/recordingworkspace.h"
 
@@ -55,15 +56,30 @@ QImage sampleOf(QImage::Format format)
     return picture.convertToFormat(format);
 }
 
-TEST_F(LoadTest, EveryPixelFormatEqualsThePixelLoop)
+struct PictureFile {
+    QImage::Format format;
+    const char *form, *name;
+};
+
+/// Every format that decoding yields, and names that say another kind or none.
+TEST_F(LoadTest, EveryKindOfPictureEqualsThePixelLoop)
 {
-    for (const QImage::Format format :
-         {QImage::Format_ARGB32, QImage::Format_RGB32, QImage::Format_Indexed8, QImage::Format_Mono,
-          QImage::Format_Grayscale8, QImage::Format_Grayscale16, QImage::Format_RGBA64,
-          QImage::Format_RGBX64}) {
-        SCOPED_TRACE(format);
-        const QString path = folder.filePath("picture.png");
-        ASSERT_TRUE(sampleOf(format).save(path));
+    const PictureFile files[] = {
+        {QImage::Format_ARGB32, "png", "a.png"},     {QImage::Format_RGB32, "png", "a.png"},
+        {QImage::Format_Indexed8, "png", "a.png"},   {QImage::Format_Mono, "png", "a.png"},
+        {QImage::Format_Grayscale8, "png", "a.png"}, {QImage::Format_Grayscale16, "png", "a.png"},
+        {QImage::Format_RGBA64, "png", "a.png"},     {QImage::Format_RGBX64, "png", "a.png"},
+        {QImage::Format_RGB32, "jpeg", "a.jpeg"},    {QImage::Format_Grayscale8, "jpeg", "a.JPG"},
+        {QImage::Format_Indexed8, "xpm", "a.xpm"},   {QImage::Format_ARGB32, "xpm", "a.xpm"},
+        {QImage::Format_MonoLSB, "xbm", "a.xbm"},    {QImage::Format_Mono, "pbm", "a.pbm"},
+        {QImage::Format_Grayscale8, "pgm", "a.pgm"}, {QImage::Format_RGB32, "ppm", "a.ppm"},
+        {QImage::Format_ARGB32, "png", "a.jpg"},     {QImage::Format_ARGB32, "png", "a.bmp"},
+        {QImage::Format_RGB32, "jpeg", "a"},
+    };
+    for (const PictureFile &c : files) {
+        SCOPED_TRACE(testing::Message() << c.name << " of format " << c.format);
+        const QString path = folder.filePath(c.name);
+        ASSERT_TRUE(sampleOf(c.format).save(path, c.form));
         const QImage read(path);
         const ImagePtr img = load(path);
         ASSERT_TRUE(img);
@@ -78,6 +94,26 @@ TEST_F(LoadTest, EveryPixelFormatEqualsThePixelLoop)
                 ASSERT_EQ(img->alpha[i], qAlpha(pixel) * 257);
             }
     }
+}
+
+TEST_F(LoadTest, JpegBringsItsExifLinesAndBlock)
+{
+    const QString path = folder.filePath("a.jpg");
+    ASSERT_TRUE(sampleOf(QImage::Format_RGB32).save(path));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray plain = file.readAll(), block = syntheticExif();
+    const QByteArray start = QByteArray("\xFF\xD8\xFF\xE1\0", 5) + char(block.size() + 2);
+    ASSERT_LT(block.size(), 254);
+
+    const ImagePtr img = load(write("b.jpg", start + block + plain.mid(2)));
+    ASSERT_TRUE(img);
+    EXPECT_EQ(img->tagBlock, block);
+    EXPECT_TRUE(img->tagLines.contains("Manufacturer: Nobody"))
+        << qPrintable(img->tagLines.join('|'));
+    EXPECT_TRUE(img->tagLines.contains("Exposure Time: 1/125 s"));
+    const ImagePtr cut = load(write("c.jpg", start + block.left(40) + plain.mid(2)));
+    EXPECT_TRUE(!cut || cut->tagBlock != block);
 }
 
 TEST_F(LoadTest, TextKeysFollowTheirChain)
@@ -142,17 +178,24 @@ TEST_F(LoadTest, RawFormsHoldTheirSamples)
 
 TEST_F(LoadTest, CameraRawKeepsItsSamplesAndSaysWhatItLost)
 {
-    const auto value = [](int x, int y) {
-        return uint16_t(y % 2 == 0 && x % 2 == 0 ? 40000 : 20000);
-    };
+    // Grey is grey whatever the interpolation: 10000 to the left, 40000 to the right.
+    const auto value = [](int x, int) { return uint16_t(x < 32 ? 10000 : 40000); };
     const QByteArray dng = syntheticDng(64, 48, value);
     const ImagePtr img = load(write("a.dng", dng));
     ASSERT_TRUE(img);
     EXPECT_EQ(QSize(img->width, img->height), QSize(64, 48));
     const int64_t middle = 24 * 64 + 32;
-    EXPECT_GT(img->red[middle], img->blue[middle]);
+    for (int p = 0; p < 3; ++p) {
+        EXPECT_NEAR(img->colorPlanes()[p][middle - 16], 10000, 100);
+        EXPECT_NEAR(img->colorPlanes()[p][middle + 16], 40000, 400);
+    }
     EXPECT_EQ(img->alpha[middle], 65535);
-    EXPECT_FALSE(img->software.isEmpty());
+    EXPECT_EQ(img->software + '|' + img->author + '|' + img->annotation,
+              "Generator|A. Maker|A synthetic picture");
+    EXPECT_DOUBLE_EQ(img->latitude, 48 + 30.0 / 60 + 36.0 / 3600);
+    EXPECT_DOUBLE_EQ(img->longitude, 11.25);
+    EXPECT_EQ(img->iso, 200);
+    EXPECT_NEAR(img->shutter, 1.0 / 125, 1e-6);
     EXPECT_TRUE(ws.boxes.isEmpty()) << qPrintable(ws.boxes.join("|"));
 
     load(write("flat.dng", syntheticDng(64, 48, [](int, int) { return uint16_t(0); })));

@@ -12,6 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
+#include <sys/resource.h>
+
 namespace
 {
 class SaveTest : public testing::Test
@@ -119,18 +123,46 @@ TEST_F(SaveTest, RefusalsWriteNothingAndKeepThePictureChanged)
     }
 }
 
+/// Files of this process end at `bytes` while it lives, as on a disk that fills up.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes) : handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit full = {bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &full);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    }
+
+private:
+    rlimit before = {};
+    void (*handler)(int);
+};
+
 TEST_F(SaveTest, AFailedSaveLeavesTheOldFile)
 {
-    const ImagePtr img = plainImage(600, 400, 1, 2, 3);
-    for (const char *name : {"full.rgba", "full.png"}) {
+    const ImagePtr img = randomImage(60, 40, 7);
+    for (const char *name : {"a.rgba", "a.png", "a.jpg"}) {
         SCOPED_TRACE(name);
-        // A folder of that name cannot be replaced, whoever runs the test.
-        ASSERT_TRUE(QDir(folder.path()).mkpath(QString(name) + "/kept"));
+        ASSERT_TRUE(saveImageFile(at(name), img.get(), false));
+        const QByteArray old = bytesOf(name);
+        img->name = "as before";
         img->changed = true;
-        EXPECT_FALSE(saveImageFile(at(name), img.get(), false));
+        ws.boxes.clear();
+        {
+            const FullDisk disk(500);
+            EXPECT_FALSE(saveImageFile(at(name), img.get(), false));
+        }
         EXPECT_TRUE(img->changed);
-        EXPECT_TRUE(QFileInfo(folder.filePath(QString(name) + "/kept")).isDir());
-        EXPECT_FALSE(ws.boxes.isEmpty());
+        EXPECT_EQ(img->name, "as before");
+        EXPECT_EQ(bytesOf(name), old);
+        EXPECT_EQ(ws.boxes.size(), 1);
     }
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3) << "no scraps are left";
 }
 } // namespace
