@@ -147,7 +147,7 @@ void MainWindow::saveSettings()
     saveWorkspaceSettings(*store, *this);
     store->setValue(QStringLiteral("appWasOkay"), appWasOkay);
     store->setValue(QStringLiteral("successOnAsk"), successOnAsk);
-    store->setValue(QStringLiteral("windowPosition"), pos());
+    store->setValue(QStringLiteral("windowPosition"), geometry().topLeft());
     imageFileBag.save(*store);
     saveFileBag.save(*store);
     table->settings(true);
@@ -194,13 +194,15 @@ void MainWindow::restorePosition()
     const QVariant saved = store->value(QStringLiteral("windowPosition"));
     if (!rememberPosition || saved.type() != QVariant::Point)
         return;
-    // A screen may be gone: the title bar has to stay within reach.
+    // The place of the content, not of the frame: a window manager that gives its frame
+    // another size than it announces would move the window a little at each start.
+    // A screen may be gone: a corner to drag or click has to stay within reach.
     const QPoint grip = saved.toPoint() + QPoint(60, 10);
     const auto screens = QGuiApplication::screens();
     if (std::any_of(screens.begin(), screens.end(), [grip](const QScreen *screen) {
             return screen->availableGeometry().contains(grip);
         }))
-        move(saved.toPoint());
+        setGeometry(QRect(saved.toPoint(), size()));
 }
 
 void MainWindow::placeOperators()

@@ -332,6 +332,7 @@ TEST_F(AppTest, SettingsLastAndNonsenseIsLeftOut)
     EXPECT_FALSE(main->imgClose);
     action("actionMultiply")->trigger();
     EXPECT_EQ(main->blendMode, 5);
+    main->setGeometry(QRect(QPoint(77, 66), main->size()));
     ASSERT_TRUE(main->close());
     main.reset();
 
@@ -342,6 +343,7 @@ TEST_F(AppTest, SettingsLastAndNonsenseIsLeftOut)
     EXPECT_EQ(main->foreGreen, 257);
     EXPECT_FALSE(main->imgClose);
     EXPECT_EQ(main->blendMode, 0);
+    EXPECT_EQ(main->geometry().topLeft(), QPoint(77, 66));
     ASSERT_TRUE(main->close());
     main.reset();
 
