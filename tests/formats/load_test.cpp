@@ -96,6 +96,24 @@ TEST_F(LoadTest, EveryKindOfPictureEqualsThePixelLoop)
     }
 }
 
+/// Large files are decoded into tracked memory, which has to be given back, also by a cut file.
+TEST_F(LoadTest, LargePicturesAreWholeAndLeaveNothing)
+{
+    const int64_t before = memRecord.currentBytes;
+    for (const char *name : {"a.jpg", "a.png"}) {
+        SCOPED_TRACE(name);
+        const QString path = folder.filePath(name);
+        ASSERT_TRUE(sampleOf(QImage::Format_RGB32).scaled(1300, 1000).save(path));
+        const ImagePtr img = load(path);
+        ASSERT_TRUE(img);
+        EXPECT_EQ(img->toQImage(), QImage(path).convertToFormat(QImage::Format_ARGB32));
+        QFile file(path);
+        ASSERT_TRUE(file.resize(file.size() / 2));
+        load(path);
+    }
+    EXPECT_EQ(memRecord.currentBytes, before);
+}
+
 TEST_F(LoadTest, JpegBringsItsExifLinesAndBlock)
 {
     const QString path = folder.filePath("a.jpg");
