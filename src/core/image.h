@@ -212,6 +212,9 @@ private:
 /// "imgFromQImage()"; null if the size or memory does not allow it.
 image *imgFromQImage(const QImage &source);
 
+/// The master itself, or a layer's master; null for an atomic image or a null pointer.
+image *masterOf(image *member);
+
 /// Frees every layer, then the image itself, and nulls the caller's pointer.
 void destroyTree(image **tree);
 

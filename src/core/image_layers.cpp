@@ -109,6 +109,13 @@ void image::rebuildTitle()
     title += QLatin1Char(' ') + name;
 }
 
+image *masterOf(image *member)
+{
+    if (!member)
+        return nullptr;
+    return member->kind == kMaster ? member : member->kind == kLayer ? member->master : nullptr;
+}
+
 void destroyTree(image **tree)
 {
     if (!tree || !*tree)

@@ -14,11 +14,9 @@ struct Notation {
     int32_t headX = 0, headY = 0; ///< where the arrow points
     QPolygon points;
     QString text;
-    QString font;
-    uint32_t foreground = 0xFF000000; ///< ARGB
-    uint32_t background = 0xC0FFFFFF; ///< ARGB
-    uint16_t pointSize = 12;
-    uint16_t style = 0;
-    uint32_t flags = 0;
+    QString font;         ///< family; empty: the default one. Not stored in files
+    double opacity = 1.0; ///< 0 to 1
+    int32_t mode = 0;     ///< 0 plain text, 1 outlined, 2 on a plate
+    bool pointing = false; ///< the arrow is drawn
 };
 static_assert(sizeof(void *) != 8 || sizeof(Notation) == 64);

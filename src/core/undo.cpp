@@ -132,13 +132,6 @@ bool takesPart(const image *layer)
                      layer->layerMode == kMaskMode);
 }
 
-image *masterOf(image *member)
-{
-    if (!member)
-        return nullptr;
-    return member->kind == 1 ? member : member->kind == 2 ? member->master : nullptr;
-}
-
 enum class GroupState { Ready, OutOfSync, NoLayers };
 
 /// Whether the newest entries of all layers that take part are marks of one act.

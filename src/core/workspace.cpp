@@ -139,6 +139,9 @@ void Workspace::showImage(image *img, const FileRecord &)
 
 void Workspace::closeWindowsOf(image *) {}
 
+void Workspace::layersChanged(image *)
+{
+}
 void Workspace::undoStateChanged(image *) {}
 
 void Workspace::previewOutdated() {}

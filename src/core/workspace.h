@@ -131,6 +131,8 @@ public:
     virtual void showImage(image *img, const FileRecord &record);
     /// Closes all windows of an image without a question; the image stays.
     virtual void closeWindowsOf(image *img);
+    /// The list of a master's layers, or a setting of one, changed: what shows it follows.
+    virtual void layersChanged(image *master);
     /// The undo and redo lists of an image changed.
     virtual void undoStateChanged(image *img);
     /// The preview of the current operator is out of date.

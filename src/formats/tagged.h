@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "formats/readers.h"
+
+#include <QString>
+
+struct FileRecord;
+class image;
+
+/// The native forms, bytes as docs/file-formats.md has them. ".ato" holds one atomic image,
+/// ".elx" a master with all its layers; both keep 16 bits a sample and every field.
+
+/// Reads ".ato". Null for a file that is none, is cut inside a field, or whose key is
+/// wrong; says so on the debug channel only. The image keeps the name stored in the file.
+ImageHolder readAtomic(const FileRecord &record);
+/// Reads ".elx": the master with its layers, composed. Null as readAtomic.
+ImageHolder readMaster(const FileRecord &record);
+
+/// Write whole files: an older one of that name stays until the new one is complete. False
+/// with a reason. Planes are packed in parallel; the bytes do not depend on it.
+bool writeAtomic(const image *img, const QString &path, QString *error);
+/// As writeAtomic, for the stack that `member` (a master or one of its layers) belongs to.
+bool writeMaster(const image *member, const QString &path, QString *error);

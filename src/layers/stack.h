@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+class image;
+
+/// Building and reordering stacks of layers. Each function that changes a stack marks its
+/// master for composing, rebuilds the titles that say a layer's place, and tells the
+/// workspace (layersChanged, refreshViews), so that whoever shows the stack follows.
+
+/// Turns an atomic image into a master; false, with nothing changed, for anything else.
+/// Its planes are the composition's from now on.
+bool makeMaster(image *img);
+
+/// Puts an atomic image on top of a master's stack, as a layer of it. False for other
+/// kinds. An image that was in the workspace's list leaves it: its master owns it now.
+bool addLayer(image *master, image *layer);
+
+/// As addLayer, below the layer `target` of its master.
+bool insertBefore(image *target, image *layer);
+/// As addLayer, above the layer `target` of its master.
+bool insertAbove(image *target, image *layer);
+
+/// Moves a layer to another place in its stack, counted from the bottom from 0 and
+/// limited to what there is. False if it is no layer or already there.
+bool moveLayer(image *layer, int place);
+
+/// Takes a layer out of its stack and makes it an atomic image in the workspace's list,
+/// unless it is its master's only layer. A warp layer is named "ex-warp" and becomes an
+/// ordinary picture. A master's target that it was is cleared.
+bool detachLayer(image *layer);
+
+/// Takes a layer out of its stack and deletes it, its windows first.
+void destroyLayer(image *layer);
+
+/// Makes an atomic image the only layer of a new master of its size, named after it with
+/// ": master" added and with its metadata; returns the master, which is in the workspace's
+/// list in the image's place and has no window yet. Null if memory is short or the image
+/// is not atomic.
+image *makeLayered(image *img);
+
+/// A new atomic image of the master's size, white with alpha 0, named "new layer", on top
+/// of the stack; null if memory is short.
+image *createLayer(image *master);
+
+/// A copy of a layer with all its settings, named with "[clone]" added, right above it;
+/// null if memory is short.
+image *cloneLayer(image *layer);
+
+/// Turns an image upside down or left to right, with an undo record; notations and the
+/// centre of rotation follow; a warp layer's displacements change sign with it.
+bool flipImage(image *img, bool horizontally);
+
+/// A picture of the master as composed, an atomic image with its metadata; composes first
+/// if that is due. Null if memory is short.
+image *flattened(image *master);
