@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/workspace.h"
+#include "core/layermodes.h"
 
 const std::vector<LayerModeEntry> &layerModeTable()
 {

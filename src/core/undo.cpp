@@ -2,6 +2,7 @@
 #include "core/undo.h"
 
 #include "core/image.h"
+#include "core/layermodes.h"
 #include "core/memory.h"
 #include "core/rows.h"
 #include "core/workspace.h"
@@ -15,9 +16,6 @@
 namespace
 {
 constexpr uint16_t kOpaque = 65535;
-constexpr int kCopperMode = 55;
-constexpr int kDrillMode = 57;
-constexpr int kMaskMode = 59;
 
 using SnapshotList = QList<image *>;
 

@@ -2,10 +2,9 @@
 #pragma once
 
 #include "core/image.h"
+#include "core/layermodes.h"
 
 #include <cmath>
-
-constexpr int kWarpMode = 6;
 
 /// A displacement of one sample of a warp layer, in samples.
 struct Displacement {
@@ -25,7 +24,10 @@ inline Displacement displacementAt(const image &field, int64_t index)
 inline void storeDisplacement(double value, uint16_t *whole, uint16_t *fraction)
 {
     constexpr double least = -32768.0, most = 32767.0 + 65535.0 / 65536.0;
-    const double limited = !(value == value) ? 0.0 : value < least ? least : value > most ? most : value;
+    const double limited = !(value == value) ? 0.0
+                           : value < least   ? least
+                           : value > most    ? most
+                                             : value;
     const double floored = std::floor(limited);
     *whole = uint16_t(int16_t(floored));
     *fraction = uint16_t((limited - floored) * 65536.0);

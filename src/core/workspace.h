@@ -3,6 +3,7 @@
 
 #include "core/filerecord.h"
 #include "core/image.h"
+#include "core/layermodes.h"
 
 #include <QList>
 #include <QString>
@@ -11,16 +12,6 @@
 
 #include <cstdint>
 #include <vector>
-
-/// One row of the layer mode table, in the order of the layer dialog's combo box.
-struct LayerModeEntry {
-    const char *name;
-    int id;
-    bool useFactor;    ///< the result depends on the layer's factor
-    bool opaqueSource; ///< the mode treats its source as opaque
-};
-/// All 62 layer modes.
-const std::vector<LayerModeEntry> &layerModeTable();
 
 /// The state that the lower floors share, and the few things they ask of whoever runs
 /// the program. MainWindow is a Workspace; kestrane-batch and the tests have their own.

@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/compose_kernels.h"
+
+#include "core/composespan_inline.h"
+
+using namespace composemodes;
+using namespace composespan;
+
+namespace
+{
+// Loops stand in functions of their own: only parameters can promise the compiler that
+// planes do not overlap, without which it builds no vector code.
+
+template <class Mode, class Sample>
+void mixChannel(const Sample *__restrict over, const double *__restrict k,
+                uint16_t *__restrict under, int count, double factor)
+{
+    for (int x = 0; x < count; ++x) {
+        const double o = real(over[x]), u = real(under[x]);
+        const double mixed = mixSquared(Mode::value(o, u, factor), u, k[x]);
+        under[x] = stored(Mode::applies(o, u) ? mixed : u);
+    }
+}
+
+/// Where nothing of the old value stays, the mix gives back the new one exactly.
+template <class Mode>
+void storeChannel(const uint16_t *__restrict over, uint16_t *__restrict under, int count,
+                  double factor)
+{
+    for (int x = 0; x < count; ++x) {
+        const double o = real(over[x]), u = real(under[x]);
+        under[x] = stored(Mode::applies(o, u) ? std::fabs(Mode::value(o, u, factor)) : u);
+    }
+}
+
+template <class Mode, class Sample>
+void channelSpan(const Span<Sample> &span)
+{
+    const Cover cover = coverOf(span);
+    if (cover == Cover::None)
+        return;
+    if constexpr (std::is_same_v<Sample, uint16_t>)
+        if (cover == Cover::Full) {
+            for (int c = 0; c < 3; ++c)
+                if (Mode::channels >> c & 1)
+                    storeChannel<Mode>(span.over[c], span.under[c], span.count, span.factor);
+            if (Mode::mixesAlpha)
+                std::fill(span.under[3], span.under[3] + span.count, uint16_t(65535));
+            return;
+        }
+    double k[kSpanPixels];
+    fillKept(span.over[3], span.count, span.opacity, k);
+    for (int c = 0; c < 3; ++c)
+        if (Mode::channels >> c & 1)
+            mixChannel<Mode>(span.over[c], k, span.under[c], span.count, span.factor);
+    if (Mode::mixesAlpha)
+        mixAlpha(span.over[3], k, span.under[3], span.count);
+}
+
+/// "Behind": what lies below covers the layer, by its own alpha.
+template <class Sample>
+void behindChannel(const Sample *__restrict over, const double *__restrict k,
+                   uint16_t *__restrict under, int count)
+{
+    for (int x = 0; x < count; ++x)
+        under[x] = stored(mixSquared(real(over[x]), real(under[x]), k[x]));
+}
+
+template <class Sample>
+void behindAlpha(const Sample *__restrict over, const double *__restrict k,
+                 uint16_t *__restrict under, int count, double opacity)
+{
+    for (int x = 0; x < count; ++x)
+        under[x] = stored(real(over[x]) * opacity * (1.0 - k[x]) + real(under[x]) * k[x]);
+}
+
+template <class Sample>
+void behindSpan(const Span<Sample> &span)
+{
+    double k[kSpanPixels];
+    for (int x = 0; x < span.count; ++x)
+        k[x] = share(span.under[3][x]);
+    for (int c = 0; c < 3; ++c)
+        behindChannel(span.over[c], k, span.under[c], span.count);
+    behindAlpha(span.over[3], k, span.under[3], span.count, span.opacity);
+}
+
+template <class Mode, class Sample>
+void bitChannel(const Sample *__restrict over, uint16_t *__restrict under, int count)
+{
+    for (int x = 0; x < count; ++x)
+        under[x] = uint16_t(Mode::value(uint16_t(int32_t(over[x])), under[x]));
+}
+
+template <class Mode, class Sample>
+void bitSpan(const Span<Sample> &span)
+{
+    for (int c = 0; c < 3; ++c)
+        bitChannel<Mode>(span.over[c], span.under[c], span.count);
+}
+
+template <class Mode>
+constexpr SpanFunctions channelFunctions()
+{
+    return {channelSpan<Mode, uint16_t>, channelSpan<Mode, double>};
+}
+template <class Mode>
+constexpr SpanFunctions bitFunctions()
+{
+    return {bitSpan<Mode, uint16_t>, bitSpan<Mode, double>};
+}
+
+/// One compare and exchange of a stable bubble sort, for all pixels of a span at once.
+void exchange(double *__restrict mean, double *__restrict nextMean, double *__restrict order,
+              double *__restrict nextOrder, int count)
+{
+    for (int x = 0; x < count; ++x) {
+        const double a = mean[x], b = nextMean[x], i = order[x], j = nextOrder[x];
+        const bool swap = a > b;
+        mean[x] = swap ? b : a;
+        nextMean[x] = swap ? a : b;
+        order[x] = swap ? j : i;
+        nextOrder[x] = swap ? i : j;
+    }
+}
+
+void convertYrb(const double *y, const double *r, const double *b, double *__restrict red,
+                double *__restrict green, double *__restrict blue, int count)
+{
+    for (int x = 0; x < count; ++x) {
+        const Rgb rgb = inlined::yrbToRgb({y[x], r[x], b[x]});
+        red[x] = rgb.red;
+        green[x] = rgb.green;
+        blue[x] = rgb.blue;
+    }
+}
+} // namespace
+
+namespace KERNEL_NAMESPACE
+{
+SpanFunctions channelModeSpans(int mode)
+{
+    switch (mode) {
+    case 0:
+    case 29: // a median is blended as "Normal"
+        return channelFunctions<Normal>();
+    case 1:
+        return channelFunctions<Add>();
+    case 2:
+        return channelFunctions<AbsSubtract>();
+    case 3:
+        return channelFunctions<Subtract>();
+    case 4:
+        return channelFunctions<AddGrey>();
+    case 5:
+        return channelFunctions<Multiply>();
+    case 8:
+        return channelFunctions<Dodge>();
+    case 9:
+        return channelFunctions<Burn>();
+    case 15:
+        return channelFunctions<OnlyRed>();
+    case 16:
+        return channelFunctions<OnlyGreen>();
+    case 17:
+        return channelFunctions<OnlyBlue>();
+    case 23:
+        return channelFunctions<Screen>();
+    case 27:
+        return channelFunctions<Averaged>();
+    case 36:
+        return channelFunctions<Overlay>();
+    case 37:
+        return {behindSpan<uint16_t>, behindSpan<double>};
+    case 38:
+        return channelFunctions<Divide>();
+    case 39:
+        return channelFunctions<Brightness>();
+    case 40:
+        return channelFunctions<Contrast>();
+    case 42:
+        return channelFunctions<Dominate>();
+    case 43:
+        return channelFunctions<Submit>();
+    case 44:
+        return bitFunctions<And>();
+    case 45:
+        return bitFunctions<Nand>();
+    case 46:
+        return bitFunctions<Or>();
+    case 47:
+        return bitFunctions<Nor>();
+    case 48:
+        return bitFunctions<Xor>();
+    case 49:
+        return bitFunctions<Xnor>();
+    case 50:
+        return channelFunctions<Drive>();
+    case 54:
+        return channelFunctions<Difference>();
+    default:
+        return {};
+    }
+}
+
+void yrbSpan(const double *const from[3], double *const to[3], int count)
+{
+    double red[kSpanPixels], green[kSpanPixels], blue[kSpanPixels];
+    convertYrb(from[0], from[1], from[2], red, green, blue, count);
+    std::copy(red, red + count, to[0]);
+    std::copy(green, green + count, to[1]);
+    std::copy(blue, blue + count, to[2]);
+}
+
+void sortMeans(double *means, double *order, int layers, int count)
+{
+    for (int i = 0; i < layers; ++i)
+        std::fill(order + int64_t(i) * kSpanPixels, order + int64_t(i) * kSpanPixels + count, i);
+    for (int done = 1; done < layers; ++done)
+        for (int i = 0; i < layers - done; ++i) {
+            double *mean = means + int64_t(i) * kSpanPixels;
+            double *place = order + int64_t(i) * kSpanPixels;
+            exchange(mean, mean + kSpanPixels, place, place + kSpanPixels, count);
+        }
+}
+} // namespace KERNEL_NAMESPACE

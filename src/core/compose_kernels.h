@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/cpu.h"
+
+#include <cstdint>
+
+/// Pixels that one call of a span function blends at most.
+constexpr int kSpanPixels = 256;
+
+/// One piece of a row: `count` pixels of a layer over as many of the destination, each as
+/// red, green, blue and alpha. `Sample` is uint16_t for planes as they are, double for
+/// samples that were computed.
+template <class Sample>
+struct Span {
+    const Sample *over[4];
+    uint16_t *under[4];
+    int count;        ///< 1 to kSpanPixels
+    double opacity;   ///< 0 to 1
+    double factor;    ///< of the layer
+    double tolerance; ///< of the key modes, in samples
+};
+
+using PlaneSpan = Span<uint16_t>;
+using RealSpan = Span<double>;
+
+/// How one mode blends a span; null for a mode that blends no samples by itself.
+struct SpanFunctions {
+    void (*planes)(const PlaneSpan &span) = nullptr;
+    void (*reals)(const RealSpan &span) = nullptr;
+};
+
+/// The modes that work channel by channel or on alpha alone, and those that need the three
+/// colours of a pixel together: two tables, since each is a file of its own.
+DECLARE_KERNEL(SpanFunctions, channelModeSpans, (int mode))
+DECLARE_KERNEL(SpanFunctions, pixelModeSpans, (int mode))
+
+/// Turns luma, red and blue of the YRB encoding to red, green and blue, in place or not.
+DECLARE_KERNEL(void, yrbSpan, (const double *const from[3], double *const to[3], int count))
+
+/// Median of a span: of `layers` samples of each pixel, sorted by the mean of their
+/// channels, the index of the middle one, or of the two middle ones (the same twice for an
+/// odd number). means[i * kSpanPixels + x] is layer i's mean at x, and infinite where it
+/// does not cover the pixel; order has room for as many entries and is scratch.
+DECLARE_KERNEL(void, sortMeans, (double *means, double *order, int layers, int count))

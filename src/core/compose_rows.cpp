@@ -1,0 +1,361 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/compose_rows.h"
+
+#include "core/bilinear_inline.h"
+#include "core/colour.h"
+#include "core/image.h"
+#include "core/layermodes.h"
+#include "core/rows.h"
+#include "core/warpfield.h"
+
+#include <algorithm>
+#include <climits>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace
+{
+constexpr uint16_t kOpaque = 65535;
+constexpr int kChannels = 4;
+
+/// A run of pixels of one row of a destination.
+struct Piece {
+    int64_t x, y;
+    int count;
+};
+
+/// Samples of a layer below a piece, as they are blended.
+struct Fetched {
+    double channel[kChannels][kSpanPixels];
+    bool inside[kSpanPixels];
+
+    Rgba at(int x) const { return {channel[0][x], channel[1][x], channel[2][x], channel[3][x]}; }
+};
+
+void convertYrb(double (&channel)[kChannels][kSpanPixels], int count)
+{
+    double *const planes[3] = {channel[0], channel[1], channel[2]};
+    KERNEL_DISPATCH(yrbSpan, planes, planes, count);
+}
+
+void setSample(Fetched *out, int x, Rgba sample)
+{
+    out->channel[0][x] = sample.red;
+    out->channel[1][x] = sample.green;
+    out->channel[2][x] = sample.blue;
+    out->channel[3][x] = sample.alpha;
+}
+
+/// A layer's own samples at their own places; nothing outside of it.
+void fetchInPlace(const PlacedLayer &layer, const Piece &piece, Fetched *out)
+{
+    const image &img = *layer.img;
+    const int64_t y = piece.y - layer.top, from = piece.x - layer.left;
+    const bool rowInside = y >= 0 && y < img.height;
+    const int first = rowInside ? int(std::clamp<int64_t>(-from, 0, piece.count)) : piece.count;
+    const int end = int(std::clamp<int64_t>(img.width - from, first, piece.count));
+    std::fill(out->inside, out->inside + piece.count, false);
+    std::fill(out->inside + first, out->inside + end, true);
+    const auto planes = img.colorPlanes();
+    for (int c = 0; c < kChannels; ++c) {
+        double *to = out->channel[c];
+        std::fill(to, to + first, 0.0);
+        std::fill(to + end, to + piece.count, 0.0);
+        if (end > first) {
+            const uint16_t *row = planes[c] + y * img.width + from + first;
+            std::copy(row, row + (end - first), to + first);
+        }
+    }
+}
+
+/// The same through the layer's rotation and fractions.
+void fetchMoved(const PlacedLayer &layer, const Piece &piece, Fetched *out)
+{
+    const image &img = *layer.img;
+    const double dy = double(piece.y - layer.top - img.yCenter);
+    for (int i = 0; i < piece.count; ++i) {
+        const double dx = double(piece.x + i - layer.left - img.xCenter);
+        const double x = img.xCenter + layer.cosine * dx - layer.sine * dy + img.xFraction;
+        const double y = img.yCenter + layer.sine * dx + layer.cosine * dy + img.yFraction;
+        out->inside[i] = x >= 0 && x < img.width && y >= 0 && y < img.height;
+        setSample(out, i, out->inside[i] ? img.sampleAt(x, y) : Rgba{0, 0, 0, 0});
+    }
+}
+
+void fetch(const PlacedLayer &layer, const Piece &piece, Fetched *out)
+{
+    if (layer.moved)
+        fetchMoved(layer, piece, out);
+    else
+        fetchInPlace(layer, piece, out);
+    if (layer.yrb)
+        convertYrb(out->channel, piece.count);
+}
+
+/// The rows of a destination's planes at a piece.
+void aimUnder(image *destination, const Piece &piece, uint16_t *(&under)[kChannels])
+{
+    const auto planes = destination->colorPlanes();
+    for (int c = 0; c < kChannels; ++c)
+        under[c] = planes[c] + piece.y * destination->width + piece.x;
+}
+
+template <class Sample>
+Span<Sample> spanOf(const ComposeStep &step, image *destination, const Piece &piece)
+{
+    Span<Sample> span;
+    aimUnder(destination, piece, span.under);
+    span.count = piece.count;
+    span.opacity = step.opacity;
+    span.factor = step.factor;
+    span.tolerance = step.tolerance;
+    return span;
+}
+
+void blendFetched(const ComposeStep &step, image *destination, const Piece &piece,
+                  const Fetched &samples)
+{
+    RealSpan span = spanOf<double>(step, destination, piece);
+    for (int c = 0; c < kChannels; ++c)
+        span.over[c] = samples.channel[c];
+    step.blend.reals(span);
+}
+
+void blendPiece(const ComposeStep &step, image *destination, const Piece &piece)
+{
+    const PlacedLayer &layer = step.layer;
+    if (layer.moved || layer.yrb) {
+        Fetched samples;
+        fetch(layer, piece, &samples);
+        blendFetched(step, destination, piece, samples);
+        return;
+    }
+    PlaneSpan span = spanOf<uint16_t>(step, destination, piece);
+    const auto planes = layer.img->colorPlanes();
+    const int64_t at = (piece.y - layer.top) * layer.img->width + piece.x - layer.left;
+    for (int c = 0; c < kChannels; ++c)
+        span.over[c] = planes[c] + at;
+    step.blend.planes(span);
+}
+
+/// The sum by place of all layers of the run, divided by their number; alpha is that of
+/// the last one.
+void averagePiece(const ComposeStep &step, image *destination, const Piece &piece)
+{
+    double sum[3][kSpanPixels];
+    for (auto &channel : sum)
+        std::fill(channel, channel + piece.count, 0.0);
+    Fetched samples;
+    for (const PlacedLayer &source : step.sources) {
+        fetch(source, piece, &samples);
+        for (int c = 0; c < 3; ++c)
+            for (int x = 0; x < piece.count; ++x)
+                sum[c][x] += samples.inside[x] ? samples.channel[c][x] : 0.0;
+    }
+    const double number = double(step.sources.size());
+    for (int c = 0; c < 3; ++c)
+        for (int x = 0; x < piece.count; ++x)
+            samples.channel[c][x] = sum[c][x] / number;
+    blendFetched(step, destination, piece, samples);
+}
+
+/// Room to sort the layers of a median in, for one piece at a time.
+struct MedianRoom {
+    explicit MedianRoom(size_t layers)
+        : samples(new (std::nothrow) Fetched[layers]),
+          means(new (std::nothrow) double[layers * kSpanPixels]),
+          order(new (std::nothrow) double[layers * kSpanPixels])
+    {
+    }
+    explicit operator bool() const { return samples && means && order; }
+
+    std::unique_ptr<Fetched[]> samples;
+    std::unique_ptr<double[]> means, order;
+};
+
+void writeMeans(const Fetched &samples, int count, double *means, int *covering)
+{
+    for (int x = 0; x < count; ++x) {
+        const double mean =
+            (samples.channel[0][x] + samples.channel[1][x] + samples.channel[2][x]) / 3.0;
+        means[x] = samples.inside[x] ? mean : std::numeric_limits<double>::infinity();
+        covering[x] += samples.inside[x];
+    }
+}
+
+void medianPiece(const ComposeStep &step, image *destination, const Piece &piece,
+                 const MedianRoom &room)
+{
+    const int layers = int(step.sources.size());
+    int covering[kSpanPixels] = {};
+    for (int i = 0; i < layers; ++i) {
+        fetch(step.sources[i], piece, &room.samples[i]);
+        writeMeans(room.samples[i], piece.count, &room.means[int64_t(i) * kSpanPixels], covering);
+    }
+    KERNEL_DISPATCH(sortMeans, room.means.get(), room.order.get(), layers, piece.count);
+    // Where the layer turned away from under its own rectangle its own samples stand in.
+    PlacedLayer inPlace = step.layer;
+    inPlace.moved = false;
+    Fetched result;
+    fetch(inPlace, piece, &result);
+    const auto sampleOf = [&](int rank, int x) {
+        return room.samples[int(room.order[int64_t(rank) * kSpanPixels + x])].at(x);
+    };
+    for (int x = 0; x < piece.count; ++x) {
+        const int n = covering[x];
+        if (n == 0)
+            continue;
+        const Rgba a = sampleOf((n - 1) / 2, x), b = sampleOf(n / 2, x);
+        // An odd number has one middle: the mean of a value with itself is that value.
+        setSample(&result, x,
+                  {(a.red + b.red) / 2, (a.green + b.green) / 2, (a.blue + b.blue) / 2,
+                   (a.alpha + b.alpha) / 2});
+    }
+    blendFetched(step, destination, piece, result);
+}
+
+/// Columns of the destination that a layer's rectangle reaches in row y; none if empty.
+struct Columns {
+    int64_t first, end;
+};
+Columns columnsOf(const PlacedLayer &layer, const image &destination, int64_t y)
+{
+    const int64_t row = y - layer.top;
+    if (row < 0 || row >= layer.img->height)
+        return {0, 0};
+    return {std::clamp<int64_t>(layer.left, 0, destination.width),
+            std::clamp<int64_t>(layer.left + layer.img->width, 0, destination.width)};
+}
+
+void clearOutside(const ComposeStep &step, image *destination, int64_t y)
+{
+    const Columns inside = columnsOf(step.layer, *destination, y);
+    uint16_t *row = destination->alpha + y * destination->width;
+    if (inside.first >= inside.end) {
+        std::fill(row, row + destination->width, uint16_t(0));
+        return;
+    }
+    std::fill(row, row + inside.first, uint16_t(0));
+    std::fill(row + inside.end, row + destination->width, uint16_t(0));
+}
+
+void runRow(const ComposeStep &step, image *destination, int64_t y, const MedianRoom *room)
+{
+    if (step.kind == ComposeStep::Kind::ClearOutside) {
+        clearOutside(step, destination, y);
+        return;
+    }
+    const Columns columns = columnsOf(step.layer, *destination, y);
+    for (int64_t x = columns.first; x < columns.end; x += kSpanPixels) {
+        const Piece piece{x, y, int(std::min<int64_t>(kSpanPixels, columns.end - x))};
+        if (step.kind == ComposeStep::Kind::Blend)
+            blendPiece(step, destination, piece);
+        else if (step.kind == ComposeStep::Kind::Average)
+            averagePiece(step, destination, piece);
+        else if (room && *room)
+            medianPiece(step, destination, piece, *room);
+    }
+}
+
+/// Whether a step puts its layer's samples in the place of everything in a row.
+bool replacesRow(const ComposeStep &step, const image &destination, int64_t y)
+{
+    const PlacedLayer &layer = step.layer;
+    if (step.kind != ComposeStep::Kind::Blend || step.mode != kNormalMode || step.opacity != 1.0 ||
+        layer.moved || layer.yrb)
+        return false;
+    const Columns columns = columnsOf(layer, destination, y);
+    if (columns.first != 0 || columns.end != destination.width)
+        return false;
+    const uint16_t *row = layer.img->alpha + (y - layer.top) * layer.img->width - layer.left;
+    return std::all_of(row, row + destination.width, [](uint16_t a) { return a == kOpaque; });
+}
+
+void copyRow(const PlacedLayer &layer, image *destination, int64_t y)
+{
+    const auto from = layer.img->colorPlanes();
+    const auto to = destination->colorPlanes();
+    const int64_t at = (y - layer.top) * layer.img->width - layer.left;
+    for (int c = 0; c < kChannels; ++c)
+        std::copy(from[c] + at, from[c] + at + destination->width, to[c] + y * destination->width);
+}
+
+void clearRow(image *destination, int64_t y)
+{
+    for (uint16_t *plane : destination->colorPlanes())
+        std::fill(plane + y * destination->width, plane + (y + 1) * destination->width,
+                  uint16_t(0));
+}
+
+/// The first step that matters in a row: nothing shows of what lies below a step that
+/// replaces the whole row. 0 if there is none.
+size_t firstStep(const std::vector<ComposeStep> &steps, const image &destination, int64_t y,
+                 bool *replaces)
+{
+    for (size_t i = steps.size(); i-- > 0;)
+        if (replacesRow(steps[i], destination, y)) {
+            *replaces = true;
+            return i;
+        }
+    *replaces = false;
+    return 0;
+}
+
+size_t mostMedianSources(const std::vector<ComposeStep> &steps)
+{
+    size_t most = 0;
+    for (const ComposeStep &step : steps)
+        if (step.kind == ComposeStep::Kind::Median)
+            most = std::max(most, step.sources.size());
+    return most;
+}
+} // namespace
+
+void runSteps(const std::vector<ComposeStep> &steps, image *destination, bool clearFirst)
+{
+    const size_t medianSources = mostMedianSources(steps);
+    const int64_t work = int64_t(destination->width) * kChannels * int64_t(steps.size() + 1);
+    parallelRows(destination->height, int(std::min<int64_t>(work, INT_MAX)),
+                 [&](int firstRow, int endRow) {
+                     std::unique_ptr<MedianRoom> room;
+                     if (medianSources)
+                         room = std::make_unique<MedianRoom>(medianSources);
+                     for (int64_t y = firstRow; y < endRow; ++y) {
+                         bool replaces;
+                         size_t i = firstStep(steps, *destination, y, &replaces);
+                         if (replaces)
+                             copyRow(steps[i++].layer, destination, y);
+                         else if (clearFirst)
+                             clearRow(destination, y);
+                         for (; i < steps.size(); ++i)
+                             runRow(steps[i], destination, y, room.get());
+                     }
+                 });
+}
+
+void warpRows(const PlacedLayer &field, const image &before, image *destination)
+{
+    const int64_t width = destination->width, height = destination->height;
+    const auto from = before.colorPlanes();
+    const auto to = destination->colorPlanes();
+    parallelRows(destination->height, destination->width * kChannels, [&](int first, int end) {
+        for (int64_t y = first; y < end; ++y) {
+            const Columns columns = columnsOf(field, *destination, y);
+            for (int64_t x = columns.first; x < columns.end; ++x) {
+                const Displacement d =
+                    displacementAt(*field.img, (y - field.top) * field.img->width + x - field.left);
+                const double sx = double(x) + d.x, sy = double(y) + d.y;
+                if (!(sx >= 0 && sx < double(width) && sy >= 0 && sy < double(height)))
+                    continue;
+                const int64_t ix = int64_t(sx), iy = int64_t(sy);
+                const int64_t row = iy * width, nextRow = std::min(iy + 1, height - 1) * width;
+                const int64_t next = std::min(ix + 1, width - 1);
+                for (int c = 0; c < kChannels; ++c)
+                    to[c][y * width + x] = uint16_t(int32_t(
+                        bilinearMix(from[c][row + ix], from[c][row + next], from[c][nextRow + ix],
+                                    from[c][nextRow + next], sx - double(ix), sy - double(iy))));
+            }
+        }
+    });
+}
