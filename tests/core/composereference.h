@@ -225,16 +225,20 @@ private:
                     work(x, y, (y + at.y) * img.width + x + at.x);
     }
 
+    /// By place in the destination: a turned layer counts wherever its picture lies, also
+    /// outside of its own rectangle.
     void accumulate(const Placed &at)
     {
-        current->sums.resize(size_t(current->img->sampleCount()));
+        const image &img = *current->img;
+        current->sums.resize(size_t(img.sampleCount()));
         ++current->summed;
-        forEachCovered(at, [&](int x, int y, int64_t to) {
+        for (int64_t i = 0; i < img.sampleCount(); ++i) {
             Sample sample;
-            if (turned(*at.layer, x, y, &sample))
+            if (turned(*at.layer, double(i % img.width - at.x), double(i / img.width - at.y),
+                       &sample))
                 for (size_t c = 0; c < 3; ++c)
-                    current->sums[size_t(to)][c] += sample.colour[c];
-        });
+                    current->sums[size_t(i)][c] += sample.colour[c];
+        }
     }
 
     Sample averageAt(const image &last, int x, int y, int64_t to) const
