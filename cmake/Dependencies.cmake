@@ -5,6 +5,7 @@ find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Concurrent Network Pr
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(LIBRAW REQUIRED IMPORTED_TARGET libraw_r)
 pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
+find_package(GIF 5.1 REQUIRED)
 if(KESTRANE_TESTS)
     find_package(GTest REQUIRED)
 endif()

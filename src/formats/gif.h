@@ -8,10 +8,10 @@ class image;
 
 /// How an animation plays.
 struct GifAnimation {
-    int delay = 10;      ///< hundredths of a second a frame, 0 to 65535
-    int repeats = 0;     ///< 0: for ever
-    int colors = 256;    ///< most colours of a frame, 2 to 256, one of them for transparency
-    bool dither = true;  ///< error diffusion where colours are reduced
+    int delay = 10;     ///< hundredths of a second a frame, 0 to 65535
+    int repeats = 0;    ///< 0: for ever
+    int colors = 256;   ///< most colours of a frame, 2 to 256, one of them for transparency
+    bool dither = true; ///< error diffusion where colours are reduced
 };
 
 /// Writes frames, all of one size, as a GIF; a single frame gives a plain GIF. Samples
