@@ -4,6 +4,7 @@
 #include "core/workspace.h"
 #include "formats/exif.h"
 #include "formats/readers.h"
+#include "formats/tagged.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -30,12 +31,11 @@ struct Outcome {
 /// A form told by its first eight bytes.
 struct MagicForm {
     const char *magic;
-    const char *kind;
-    ImageHolder (*read)(const FileRecord &record); ///< null: not in this version
+    ImageHolder (*read)(const FileRecord &record, bool *cancelled);
 };
 const MagicForm kMagicForms[] = {
-    {"ATO16BIT", ".ato", nullptr},
-    {"ELF16BIT", ".elx", nullptr},
+    {"ATO16BIT", readAtomic},
+    {"ELF16BIT", readMaster},
 };
 
 /// Readers of whole files that this version does not have; null: not in this version.
@@ -83,9 +83,9 @@ Outcome readNative(const FileRecord &record)
     const QByteArray magic = firstBytes(path);
     for (const MagicForm &form : kMagicForms)
         if (magic == form.magic) {
-            outcome = runReader(form.read, record, form.kind);
-            // A file that says what it is must not be taken for a ".pix" by its size.
-            outcome.final = !form.read;
+            outcome.img = form.read(record, &outcome.final);
+            if (outcome.final)
+                outcome.complaint = QCoreApplication::translate("formats", "load cancelled");
         }
     return outcome;
 }
@@ -228,6 +228,12 @@ image *loadNative(const FileRecord &record, bool show)
     Outcome outcome = readNative(record);
     return outcome.img && show ? finishLoad(std::move(outcome.img), record, false)
                                : outcome.img.release();
+}
+
+const QStringList &nativeExtensions()
+{
+    static const QStringList list = {".elx", ".ato", ".rgba"};
+    return list;
 }
 
 const QStringList &qtExtensions()

@@ -33,6 +33,9 @@ image *loadPix(const QString &path, const QString &name, const FileRecord &recor
 image *readRgba32(const QString &path, const QString &name);
 image *readRgba64(const QString &path, const QString &name);
 
+/// Extensions of the program's own forms, each with its dot. Files are told by their first
+/// bytes; the names are for choosing among files.
+const QStringList &nativeExtensions();
 /// Extensions that the dispatch knows, each with its dot, in the order of the scan.
 const QStringList &qtExtensions();
 const QStringList &rawExtensions();

@@ -8,8 +8,15 @@
 
 #include <memory>
 
+/// Frees a picture, a master with all its layers.
+struct TreeDeleter {
+    TreeDeleter() = default;
+    TreeDeleter(std::default_delete<image>) {} // what make_unique gives may be handed on
+    void operator()(image *img) const { destroyTree(&img); }
+};
+
 /// The readers without the step of showing the picture, which the dispatch does last.
-using ImageHolder = std::unique_ptr<image>;
+using ImageHolder = std::unique_ptr<image, TreeDeleter>;
 
 ImageHolder readThroughQt(const QString &path, const FileRecord &record);
 ImageHolder readThroughLibRaw(const QString &path, const FileRecord &record);

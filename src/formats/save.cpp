@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "formats/save.h"
 
+#include "core/compose.h"
 #include "core/rows.h"
 #include "core/workspace.h"
 #include "formats/readers.h"
+#include "formats/tagged.h"
 #include "formats/writers.h"
 
 #include <QCoreApplication>
@@ -22,8 +24,8 @@ struct OwnForm {
     bool (*write)(const image *img, const QString &path, QString *error); ///< null: none yet
 };
 const OwnForm kOwnForms[] = {
-    {".elx", true, nullptr},
-    {".ato", false, nullptr},
+    {".elx", true, writeMaster},
+    {".ato", false, writeAtomic},
     {".mcai", false, nullptr},
 };
 
@@ -130,6 +132,10 @@ Result saveOwnForm(const OwnForm &form, const image &img, const QString &path)
     const bool written = form.write(&img, path, &error);
     if (written)
         sayStatus(text("Save Complete"));
+    if (!written && error == QLatin1String(kSaveCancelled)) {
+        sayStatus(text("save cancelled"));
+        return Result::Cancelled;
+    }
     return report(written, path, error);
 }
 
@@ -148,6 +154,18 @@ Result saveLayered(const image &member, const QString &path)
         return refuse("Can't save a layered image in this format.<br>Use .elx");
     const image *master = member.kind == 2 && member.master ? member.master : &member;
     return saveOwnForm(*form, *master, path);
+}
+
+/// What a flat form holds of a picture: of a stack, whichever of its pictures is meant, the
+/// composition as it is now.
+const image &flatSource(image &img)
+{
+    image *master = masterOf(&img);
+    if (!master || !master->valid())
+        return img;
+    if (master->needsRebuild)
+        compose(master, false);
+    return *master;
 }
 
 Result saveFlat(const image &img, const QString &path)
@@ -193,7 +211,7 @@ bool saveImageFile(const FileRecord &record, image *img, bool flat)
         return false;
     const bool layered = img->kind != 0 && !flat;
     const Result result =
-        layered ? saveLayered(*img, record.fullPath) : saveFlat(*img, record.fullPath);
+        layered ? saveLayered(*img, record.fullPath) : saveFlat(flatSource(*img), record.fullPath);
     // A flat picture of a stack is a copy: the layers themselves are still unsaved.
     if (result == Result::Saved && (layered || img->kind == 0))
         settle(*img, record, layered);

@@ -13,12 +13,14 @@ class image;
 
 /// Reads ".ato". Null for a file that is none, is cut inside a field, or whose key is
 /// wrong; says so on the debug channel only. The image keeps the name stored in the file.
-ImageHolder readAtomic(const FileRecord &record);
+/// Null also if the person cancelled (Workspace::cancelRequested), which `cancelled` tells.
+ImageHolder readAtomic(const FileRecord &record, bool *cancelled = nullptr);
 /// Reads ".elx": the master with its layers, composed. Null as readAtomic.
-ImageHolder readMaster(const FileRecord &record);
+ImageHolder readMaster(const FileRecord &record, bool *cancelled = nullptr);
 
 /// Write whole files: an older one of that name stays until the new one is complete. False
-/// with a reason. Planes are packed in parallel; the bytes do not depend on it.
+/// with a reason, kSaveCancelled if the person cancelled. Planes are packed in parallel; the bytes
+/// do not depend on it.
 bool writeAtomic(const image *img, const QString &path, QString *error);
 /// As writeAtomic, for the stack that `member` (a master or one of its layers) belongs to.
 bool writeMaster(const image *member, const QString &path, QString *error);

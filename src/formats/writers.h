@@ -6,6 +6,9 @@
 class QSaveFile;
 class image;
 
+/// The reason of a writer that the person stopped.
+constexpr const char *kSaveCancelled = "cancelled";
+
 /// Puts the new file in the place of the old one, unless any of it could not be written.
 bool commitWhole(QSaveFile &file);
 

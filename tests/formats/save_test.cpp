@@ -147,7 +147,7 @@ private:
 TEST_F(SaveTest, AFailedSaveLeavesTheOldFile)
 {
     const ImagePtr img = randomImage(60, 40, 7);
-    for (const char *name : {"a.rgba", "a.png", "a.jpg"}) {
+    for (const char *name : {"a.rgba", "a.png", "a.jpg", "a.ato"}) {
         SCOPED_TRACE(name);
         ASSERT_TRUE(saveImageFile(at(name), img.get(), false));
         const QByteArray old = bytesOf(name);
@@ -163,6 +163,6 @@ TEST_F(SaveTest, AFailedSaveLeavesTheOldFile)
         EXPECT_EQ(bytesOf(name), old);
         EXPECT_EQ(ws.boxes.size(), 1);
     }
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3) << "no scraps are left";
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 4) << "no scraps are left";
 }
 } // namespace

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/image.h"
+#include "core/workspace.h"
+#include "formats/tagged.h"
+#include "formats/taggedfields.h"
+#include "formats/taggedplanes.h"
+#include "formats/taggedstream.h"
+#include "formats/writers.h"
+
+#include <QCoreApplication>
+#include <QSaveFile>
+
+#include <algorithm>
+
+namespace
+{
+/// How often the person is told how far packing came, and asked whether to go on.
+constexpr int kTellMilliseconds = 100;
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("formats", source);
+}
+
+std::vector<PlaneSource> planesOf(const QList<const image *> &pictures)
+{
+    std::vector<PlaneSource> planes;
+    for (const image *picture : pictures)
+        for (const uint16_t *plane : picture->colorPlanes())
+            planes.push_back({plane, picture->sampleCount()});
+    return planes;
+}
+
+/// Writes one file: the fields at once, the planes as they are packed.
+class FormWriter
+{
+public:
+    FormWriter(QSaveFile *target, const QList<const image *> &pictures)
+        : file(target), out(target), packer(planesOf(pictures))
+    {
+    }
+    ~FormWriter()
+    {
+        if (workspace())
+            workspace()->progress({}, 0, 0);
+    }
+    FormWriter(const FormWriter &) = delete;
+    FormWriter &operator=(const FormWriter &) = delete;
+
+    void writeHeader(const TaggedHeader &header)
+    {
+        out.mark(header.magic);
+        out.field(header.versionTag, encodeInt(kTaggedVersion));
+        out.field(header.keyTag, encodeInt(header.key));
+    }
+    void writeHead(const TaggedPart &part, const image &img)
+    {
+        writeRules(part.head, img);
+        if (!part.packedTag.isEmpty())
+            out.field(part.packedTag, QByteArray("T"));
+        out.mark(part.keyMark);
+    }
+    void writeNotes(const TaggedPart &part, const image &img)
+    {
+        for (const Notation &note : img.notations) {
+            out.field(part.noteText, note.text.toUtf8());
+            writeRules(part.note, note);
+            for (const QPoint &point : note.points) {
+                out.field(part.pointX, encodeField(FieldValue(int32_t(point.x())), true));
+                out.field(part.pointY, encodeField(FieldValue(int32_t(point.y())), true));
+            }
+            out.mark(part.noteMark);
+        }
+    }
+    /// The planes have to be the next ones of the list that the writer was made with.
+    void writeBody(const TaggedPart &part, const image &img, const QString &progressText)
+    {
+        writeRules(part.settings, img);
+        for (const QByteArray &tag : part.planes)
+            writePlane(tag, progressText);
+        out.mark(part.buildMark);
+    }
+    /// Puts the new file in its place, if nothing went wrong.
+    bool commit(QString *error)
+    {
+        if (reason.isEmpty() && out.good() && commitWhole(*file))
+            return true;
+        *error = reason.isEmpty() ? file->errorString() : reason;
+        return false;
+    }
+
+private:
+    template <class Owner>
+    void writeRules(const std::vector<FieldRule<Owner>> &rules, const Owner &owner)
+    {
+        for (const FieldRule<Owner> &rule : rules)
+            out.field(rule.tag, encodeField(memberValue(owner, rule), rule.zeroExtended));
+    }
+    void writePlane(const QByteArray &tag, const QString &progressText)
+    {
+        do
+            tell(progressText);
+        while (goingOn() && !packer.ready(kTellMilliseconds));
+        if (!goingOn())
+            return;
+        const std::vector<QByteArray> pieces = packer.take();
+        if (pieces.empty())
+            reason = text("There is not enough memory.");
+        else
+            out.field(tag, pieces);
+    }
+    bool goingOn() const { return reason.isEmpty() && out.good(); }
+    void tell(const QString &progressText)
+    {
+        Workspace *space = workspace();
+        if (!space || !goingOn())
+            return;
+        space->progress(progressText, packer.samplesDone(), packer.samplesInAll());
+        if (space->cancelRequested())
+            reason = QLatin1String(kSaveCancelled);
+    }
+
+    QSaveFile *file;
+    FieldWriter out;
+    QString reason; ///< why no more is written
+    PlanePacker packer;
+};
+
+bool openFor(QSaveFile *file, QString *error)
+{
+    if (file->open(QIODevice::WriteOnly))
+        return true;
+    *error = file->errorString();
+    return false;
+}
+
+bool allValid(const QList<const image *> &pictures)
+{
+    return std::all_of(pictures.begin(), pictures.end(),
+                       [](const image *one) { return one && one->valid(); });
+}
+} // namespace
+
+bool writeAtomic(const image *img, const QString &path, QString *error)
+{
+    if (!allValid({img}) || path.isEmpty()) {
+        *error = QStringLiteral("no image or no name");
+        return false;
+    }
+    QSaveFile file(path);
+    if (!openFor(&file, error))
+        return false;
+    FormWriter writer(&file, {img});
+    writer.writeHeader(atomicHeader());
+    writer.writeHead(atomicPart(), *img);
+    writer.writeBody(atomicPart(), *img, text("saving image"));
+    writer.writeNotes(atomicPart(), *img);
+    return writer.commit(error);
+}
+
+bool writeMaster(const image *member, const QString &path, QString *error)
+{
+    const image *master = masterOf(const_cast<image *>(member));
+    QList<const image *> layers;
+    if (master)
+        for (const image *layer : master->layers)
+            layers << layer;
+    if (!allValid({master}) || !allValid(layers) || path.isEmpty()) {
+        *error = QStringLiteral("no stack of layers or no name");
+        return false;
+    }
+    QSaveFile file(path);
+    if (!openFor(&file, error))
+        return false;
+    FormWriter writer(&file, layers);
+    writer.writeHeader(masterHeader());
+    writer.writeHead(masterPart(), *master);
+    writer.writeNotes(masterPart(), *master);
+    for (int i = 0; i < layers.size(); ++i) {
+        writer.writeHead(layerPart(), *layers[i]);
+        writer.writeNotes(layerPart(), *layers[i]);
+        writer.writeBody(layerPart(), *layers[i],
+                         text("saving layer %1 of %2").arg(i + 1).arg(layers.size()));
+    }
+    return writer.commit(error);
+}
