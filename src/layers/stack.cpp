@@ -3,6 +3,7 @@
 
 #include "core/compose.h"
 #include "core/image.h"
+#include "core/layermodes.h"
 #include "core/rows.h"
 #include "core/undo.h"
 #include "core/warpfield.h"
@@ -14,7 +15,6 @@
 namespace
 {
 constexpr uint16_t kAtomic = 0, kMaster = 1, kLayer = 2;
-constexpr int kOrdinaryMode = 0;
 
 bool isMaster(const image *img)
 {
@@ -95,7 +95,7 @@ void resetLayerSettings(image *img)
 {
     img->globalMask = img->localStack = img->lockStep = false;
     img->visible = true;
-    img->layerMode = kOrdinaryMode;
+    img->layerMode = kNormalMode;
     img->opacity = img->factor = 1.0;
     img->rotation = img->xFraction = img->yFraction = 0;
     img->xOffset = img->yOffset = 0;
@@ -220,7 +220,7 @@ bool detachLayer(image *layer)
     layer->master = nullptr;
     layer->changed = true;
     if (layer->layerMode == kWarpMode) {
-        layer->layerMode = kOrdinaryMode;
+        layer->layerMode = kNormalMode;
         layer->name = QStringLiteral("ex-warp");
     }
     layer->rebuildTitle();
