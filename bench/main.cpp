@@ -6,6 +6,8 @@
 #include <benchmark/benchmark.h>
 
 void registerCoreBenchmarks();
+void registerComposeBenchmarks();
+void registerNativeBenchmarks();
 void registerOperatorBenchmarks();
 void registerViewBenchmarks();
 void registerFormatBenchmarks();
@@ -17,9 +19,11 @@ int main(int argc, char **argv)
     Workspace space;
     benchmark::Initialize(&argc, argv);
     registerCoreBenchmarks();
+    registerComposeBenchmarks();
     registerOperatorBenchmarks();
     registerViewBenchmarks();
     registerFormatBenchmarks();
+    registerNativeBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }
