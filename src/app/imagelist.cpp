@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/imagelist.h"
 
+#include "app/smallpicture.h"
 #include "core/image.h"
 
 #include <QHeaderView>
@@ -110,37 +111,12 @@ void ImageList::drawStale()
         if (!rows.at(i).stale)
             continue;
         rows[i].stale = false;
-        const QPixmap picture = smallPicture(*rows.at(i).img);
+        const QPixmap picture =
+            smallPicture(*rows.at(i).img, kPictureSide, devicePixelRatioF(), false);
         QIcon icon(picture);
         icon.addPixmap(picture, QIcon::Selected); // a tint would show wrong colours
         topLevelItem(i)->setIcon(kNameColumn, icon);
     }
-}
-
-QPixmap ImageList::smallPicture(const image &img) const
-{
-    const double ratio = devicePixelRatioF();
-    const int side = int(kPictureSide * ratio);
-    QImage square(side, side, QImage::Format_ARGB32);
-    square.fill(Qt::transparent);
-    if (img.valid() && img.red && img.sampleCount() > 0) {
-        const double step = std::max(img.width, img.height) / double(side);
-        const int left = std::max(0, int((side - img.width / step) / 2));
-        const int top = std::max(0, int((side - img.height / step) / 2));
-        for (int y = 0; y < side - 2 * top; ++y) {
-            const int64_t row = std::min<int64_t>(img.height - 1, int64_t((y + 0.5) * step));
-            auto *out = reinterpret_cast<QRgb *>(square.scanLine(y + top)) + left;
-            for (int x = 0; x < side - 2 * left; ++x) {
-                const int64_t column = std::min<int64_t>(img.width - 1, int64_t((x + 0.5) * step));
-                const int64_t at = row * img.width + column;
-                out[x] = qRgba(img.red[at] >> 8, img.green[at] >> 8, img.blue[at] >> 8,
-                               img.alpha[at] >> 8);
-            }
-        }
-    }
-    QPixmap picture = QPixmap::fromImage(square);
-    picture.setDevicePixelRatio(ratio);
-    return picture;
 }
 
 void ImageList::pick(const QTreeWidgetItem *item)

@@ -45,5 +45,4 @@ private:
     void rebuildCount(const QList<image *> &images);
     void showRow(int index);
     void pick(const QTreeWidgetItem *item);
-    QPixmap smallPicture(const image &img) const;
 };

@@ -3,6 +3,7 @@
 
 #include "app/appsettings.h"
 #include "app/downloadmanager.h"
+#include "app/layers.h"
 #include "core/memory.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
@@ -68,6 +69,7 @@ MainWindow::MainWindow()
     nameFileBags();
     imageFileBag.load(*store);
     saveFileBag.load(*store);
+    animFileBag.load(*store);
     loadSettings();
     buildMenus();
 
@@ -113,10 +115,13 @@ MainWindow::~MainWindow()
     windows.clear();
     for (imgWindow *window : open)
         delete window;
+    delete layersDialog;
     delete operators;
     operators = nullptr;
-    while (!images.isEmpty())
-        delete images.takeFirst();
+    while (!images.isEmpty()) {
+        image *tree = images.takeFirst();
+        destroyTree(&tree);
+    }
     table.reset();
     blendState.reset();
     upfree(&colorSpaceBackup);
@@ -150,6 +155,7 @@ void MainWindow::saveSettings()
     store->setValue(QStringLiteral("windowPosition"), geometry().topLeft());
     imageFileBag.save(*store);
     saveFileBag.save(*store);
+    animFileBag.save(*store);
     table->settings(true);
     operators->settings(true);
     store->sync();
@@ -244,6 +250,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
     timerOne.stop();
     timerTwo.stop();
     appWasOkay = true;
+    closeHelpers();
     saveSettings();
     operators->close();
     const QList<imgWindow *> open = windows;

@@ -16,6 +16,7 @@
 #include <memory>
 
 class DownloadManager;
+class Layers;
 class Operators;
 class QActionGroup;
 class QProgressDialog;
@@ -50,6 +51,16 @@ public:
     /// Whether the run before this one ended in order.
     bool lastRunEndedInOrder() const { return appWasOkay; }
     Operators *operatorDialog() const { return operators; }
+    /// The layer dialog while it is open.
+    Layers *layersDialog = nullptr;
+    /// Depth of work that must not be re-entered: see BusyGuard.
+    int &busyDepth() { return busy; }
+    /// Brings a window of this image forward, or opens one.
+    void showPart(image *img);
+    /// Where an animation of this name is to be written; empty if the person gave it up.
+    QString askAnimationFile(const QString &name);
+    /// The name of a picture as that of a file, without extension.
+    static QString fileNameFor(const QString &name);
 
     // --- Workspace ------------------------------------------------------------------
     void refreshViews(image *img) override;
@@ -64,6 +75,7 @@ public:
     void originCleared() override;
     void showImage(image *img, const FileRecord &record) override;
     void closeWindowsOf(image *img) override;
+    void layersChanged(image *master) override;
     void undoStateChanged(image *img) override;
     void previewOutdated() override;
     void clearAreaSelection(image *img) override;
@@ -86,6 +98,7 @@ public:
     void windowClosed(imgWindow *window) override;
     void recordFrameMargins(imgWindow *window) override;
     void rememberPlace(imgWindow *window) override;
+    void closeHelpers() override;
 
 public slots:
     void OnTimer();
@@ -116,6 +129,11 @@ public slots:
     void on_actionRemember_Position_triggered(bool on);
     void on_actionAsk_on_Close_triggered(bool on);
     void on_actionAbout_triggered();
+    void on_actionSave_Flattened_triggered();
+    void on_actionNew_Layer_triggered();
+    void on_actionAdd_Layers_triggered();
+    void on_actionClone_Layer_triggered();
+    void on_actionLayers_triggered();
     void on_actionMatte_triggered();
     void on_actionAdd_triggered();
     void on_actionAdd_Grey_triggered();
@@ -183,8 +201,14 @@ private:
     QString nextFileOfFolder(const QString &path) const;
     bool saveTo(FileRecord record, image *img, bool flat);
 
+    // mainwindow_layers.cpp
+    void showLayers();
+    void showStack(image *master, const FileRecord &record);
+    void leaveMaster(const image *master);
+
     // mainwindow_host.cpp and mainwindow_status.cpp
-    imgWindow *addWindow(image *img, const FileRecord &record);
+    /// With `current` the window comes to the front and is the one that commands go to.
+    imgWindow *addWindow(image *img, const FileRecord &record, bool current);
     void placeWindow(imgWindow *window);
     void updateImageList();
     void updateTitle();
@@ -218,7 +242,7 @@ private:
     void *colorSpace = nullptr;
     void *colorSpaceBackup = nullptr;
 
-    FileBag imageFileBag, saveFileBag;
+    FileBag imageFileBag, saveFileBag, animFileBag;
     MenuStates menuStates;
     QStringList openQueue;
     QString refusedUrl;

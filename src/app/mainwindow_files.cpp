@@ -4,6 +4,7 @@
 #include "app/busyguard.h"
 #include "app/newimage.h"
 #include "app/setquality.h"
+#include "core/compose.h"
 #include "formats/load.h"
 #include "formats/save.h"
 #include "views/imgwindow.h"
@@ -20,11 +21,13 @@
 
 namespace
 {
+const QStringList kOwnExtensions = {QStringLiteral(".elx"), QStringLiteral(".ato")};
+
 /// The extensions of files that are read, each as "*.ext".
 QStringList readablePatterns()
 {
     QStringList patterns;
-    for (const QStringList &list : {qtExtensions(), rawExtensions(),
+    for (const QStringList &list : {qtExtensions(), rawExtensions(), kOwnExtensions,
                                     QStringList{QStringLiteral(".rgba"), QStringLiteral(".pix")}})
         for (const QString &extension : list)
             patterns << QLatin1Char('*') + extension;
@@ -50,14 +53,28 @@ QStringList extensionsOf(const QString &filter)
     return found;
 }
 
-/// Forms that are written; their order is that of the filters of the save dialog.
+/// The form that holds a master with its layers, the only one for a layered picture.
+const char *const kLayeredForm = QT_TRANSLATE_NOOP("MainWindow", "Layered picture (*.elx)");
+
+/// Forms of a single picture; their order is that of the filters of the save dialog.
 const char *const kWrittenForms[] = {
     QT_TRANSLATE_NOOP("MainWindow", "PNG picture (*.png)"),
     QT_TRANSLATE_NOOP("MainWindow", "JPEG picture (*.jpg *.jpeg)"),
+    QT_TRANSLATE_NOOP("MainWindow", "Picture with every field, 16 bits (*.ato)"),
     QT_TRANSLATE_NOOP("MainWindow", "Raw samples, 16 or 8 bits (*.rgba)")};
 
-bool isWritable(const QString &path)
+QStringList translated(const char *const *begin, const char *const *end)
 {
+    QStringList texts;
+    for (; begin != end; ++begin)
+        texts << MainWindow::tr(*begin);
+    return texts;
+}
+
+bool isWritable(const QString &path, bool layered)
+{
+    if (layered)
+        return path.endsWith(kOwnExtensions.constFirst(), Qt::CaseInsensitive);
     for (const char *form : kWrittenForms)
         for (const QString &extension : extensionsOf(QString::fromUtf8(form)))
             if (path.endsWith(extension, Qt::CaseInsensitive))
@@ -72,16 +89,18 @@ void MainWindow::nameFileBags()
     imageFileBag.filters =
         QStringList{tr("Pictures (%1)").arg(readablePatterns().join(QLatin1Char(' '))),
                     tr("Common pictures (%1)").arg(patternsOf(qtExtensions())),
+                    tr("Layered pictures and pictures with every field (%1)")
+                        .arg(patternsOf(kOwnExtensions)),
                     tr("Camera RAW (%1)").arg(patternsOf(rawExtensions())),
                     tr("Raw samples (*.rgba)"),
                     tr("Small grey pictures (*.pix)"),
                     tr("All files (*)")}
             .join(QStringLiteral(";;"));
     saveFileBag.key = QStringLiteral("saveFileBag");
-    QStringList forms;
-    for (const char *form : kWrittenForms)
-        forms << tr(form);
-    saveFileBag.filters = forms.join(QStringLiteral(";;"));
+    saveFileBag.filters =
+        translated(std::begin(kWrittenForms), std::end(kWrittenForms)).join(QStringLiteral(";;"));
+    animFileBag.key = QStringLiteral("animFileBag");
+    animFileBag.filters = tr("GIF animation (*.gif)");
 }
 
 image *MainWindow::loadFile(const QString &path)
@@ -196,8 +215,10 @@ void MainWindow::saveImage(imgWindow *window)
 {
     if (!window || !isWindow(window) || !window->validImage())
         return;
-    image *img = window->img;
-    if (img->fullPath.isEmpty() || !isWritable(img->fullPath))
+    // A layer is saved with its stack; it may itself have come from a file.
+    image *stack = masterOf(window->img);
+    image *img = stack ? stack : window->img;
+    if (img->fullPath.isEmpty() || !isWritable(img->fullPath, stack))
         showSaveDialog(window, false);
     else
         saveTo(FileRecord::fromPath(img->fullPath), img, false);
@@ -207,34 +228,50 @@ void MainWindow::showSaveDialog(imgWindow *window, bool flat)
 {
     if (!window || !isWindow(window) || !window->validImage())
         return;
-    image *img = window->img;
+    image *shown = window->img;
+    image *stack = masterOf(shown);
+    image *img = stack ? stack : shown;
+    const bool layered = stack && !flat;
     const QString folder = img->folder.isEmpty() ? saveFileBag.record.folder : img->folder;
-    QFileDialog dialog(window, tr("Save Image"), folder, saveFileBag.filters);
+    QFileDialog dialog(window, stack && flat ? tr("Save Flattened Copy") : tr("Save Image"), folder,
+                       layered ? tr(kLayeredForm) : saveFileBag.filters);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     const auto setSuffix = [&dialog](const QString &filter) {
         dialog.setDefaultSuffix(extensionsOf(filter).value(0).mid(1));
     };
     connect(&dialog, &QFileDialog::filterSelected, &dialog, setSuffix);
-    if (!saveFileBag.record.filter.isEmpty())
+    if (!layered && !saveFileBag.record.filter.isEmpty())
         dialog.selectNameFilter(saveFileBag.record.filter);
     setSuffix(dialog.selectedNameFilter());
-    dialog.selectFile(QFileInfo(img->name).completeBaseName());
+    dialog.selectFile(fileNameFor(img->name));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
     // The dialog ran an event loop: the window may be gone, or show nothing any more.
-    if (!isWindow(window) || !window->validImage() || window->img != img)
+    if (!isWindow(window) || !window->validImage() || window->img != shown ||
+        masterOf(shown) != stack)
         return;
     FileRecord record = FileRecord::fromPath(dialog.selectedFiles().constFirst());
     record.filter = dialog.selectedNameFilter();
     saveFileBag.record.folder = record.folder;
-    saveFileBag.record.filter = record.filter;
+    if (!layered)
+        saveFileBag.record.filter = record.filter;
     saveTo(record, img, flat);
+}
+
+QString MainWindow::fileNameFor(const QString &name)
+{
+    QString stem = name;
+    if (stem.endsWith(QLatin1String(": master")))
+        stem.chop(8);
+    return QFileInfo(stem).completeBaseName();
 }
 
 bool MainWindow::saveTo(FileRecord record, image *img, bool flat)
 {
     record.forSaving = true;
     BusyGuard guard(busy);
+    if (img->kind == 1 && img->needsRebuild)
+        compose(img, true);
     if (!saveImageFile(record, img, flat))
         return false;
     refreshViews(img); // the picture is called by its file from now on

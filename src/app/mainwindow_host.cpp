@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/mainwindow.h"
 
+#include "app/layers.h"
 #include "app/newimage.h"
 #include "app/setquality.h"
 #include "operators/base/operatortable.h"
@@ -51,9 +52,14 @@ void MainWindow::refreshViews(image *img)
     for (imgWindow *window : qAsConst(windows)) {
         if (!window->validImage() || rootOf(window->img) != root)
             continue;
-        window->refresh();
+        // A layer shows in its master, but a change of the master leaves the layers alone:
+        // with many windows open that is what makes a setting follow the mouse.
+        if (window->img == img || window->img == root)
+            window->refresh();
         window->setWindowTitle(window->img->title);
     }
+    if (layersDialog && layersDialog->master() == root)
+        layersDialog->picturesChanged();
     ui->imageList->markStale(root);
     areaStale = true;
     updateTitle();
@@ -113,6 +119,7 @@ void MainWindow::progress(const QString &text, int64_t done, int64_t total)
     }
     if (!progressDialog) {
         progressDialog = new QProgressDialog(text, tr("Cancel"), 0, kProgressSteps, this);
+        progressDialog->setObjectName(QStringLiteral("loadBar"));
         progressDialog->setWindowModality(Qt::ApplicationModal);
         progressDialog->setMinimumDuration(kProgressDelayMs);
         progressDialog->setAutoClose(false);
@@ -138,8 +145,14 @@ void MainWindow::showImage(image *img, const FileRecord &record)
     giveSerial(img);
     if (!images.contains(img))
         images.append(img);
-    addWindow(img, record);
-    img->viewCount = 1;
+    if (img->kind == 1 && !img->layers.isEmpty()) {
+        showStack(img, record);
+    } else {
+        addWindow(img, record, true);
+        img->viewCount = 1;
+    }
+    if (layersDialog)
+        layersDialog->stackChanged(nullptr);
 }
 
 void MainWindow::openView(image *img)
@@ -147,11 +160,11 @@ void MainWindow::openView(image *img)
     if (!ownsImage(img) || !validImage(img))
         return;
     const imgWindow *first = findWindow(img);
-    addWindow(img, first ? first->bag : FileRecord());
+    addWindow(img, first ? first->bag : FileRecord(), true);
     ++img->viewCount;
 }
 
-imgWindow *MainWindow::addWindow(image *img, const FileRecord &record)
+imgWindow *MainWindow::addWindow(image *img, const FileRecord &record, bool current)
 {
     auto *window = new imgWindow(img);
     if (!windows.contains(window))
@@ -161,6 +174,12 @@ imgWindow *MainWindow::addWindow(image *img, const FileRecord &record)
     window->setWindowIcon(windowIcon());
     window->fit(true);
     placeWindow(window);
+    if (!current) {
+        window->setAttribute(Qt::WA_ShowWithoutActivating);
+        window->show();
+        window->setAttribute(Qt::WA_ShowWithoutActivating, false);
+        return window;
+    }
     window->show();
     window->raise();
     window->activateWindow();
@@ -168,6 +187,8 @@ imgWindow *MainWindow::addWindow(image *img, const FileRecord &record)
     if (isVisible() && !isMinimized()) {
         raise();
         operators->raise();
+        if (layersDialog)
+            layersDialog->raise();
     }
     makeCurrent(window);
     updateMenus();
@@ -236,6 +257,8 @@ void MainWindow::makeCurrent(imgWindow *window)
     if (!other && window)
         return;
     areaStale = true;
+    if (layersDialog && window && window->validImage())
+        layersDialog->follow(window->img);
     updateTitle();
     updateMenus();
     refreshOperatorSource();

@@ -201,6 +201,7 @@ unsigned MainWindow::satisfiedNeeds() const
         needs |= kNeedsUndo;
     if (!acted || !acted->redoList.isEmpty())
         needs |= kNeedsRedo;
+    needs |= img->kind == 0 ? kNeedsAtomic : kNeedsStack;
     if (img->kind == 0 && !img->fullPath.isEmpty())
         needs |= kNeedsRevert;
     if (table->currentOp != 0)

@@ -86,7 +86,9 @@ void MainWindow::discardPending()
     pendingDiscard = false;
     image *doomed = pendingDiscardImage;
     pendingDiscardImage = nullptr;
-    if (ownsImage(doomed))
+    if (ownsImage(doomed)) {
+        leaveMaster(masterOf(doomed));
         discardMasterAndLayers(doomed, true);
+    }
     updateMenus();
 }

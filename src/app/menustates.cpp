@@ -13,7 +13,8 @@ unsigned needOf(const QObject *object)
         {QStringLiteral("redo"), kNeedsRedo},         {QStringLiteral("revert"), kNeedsRevert},
         {QStringLiteral("brush"), kNeedsBrush},       {QStringLiteral("origin"), kNeedsOrigin},
         {QStringLiteral("windows"), kNeedsWindows},   {QStringLiteral("several"), kNeedsSeveral},
-        {QStringLiteral("operator"), kNeedsOperator}, {QStringLiteral("again"), kNeedsAgain}};
+        {QStringLiteral("operator"), kNeedsOperator}, {QStringLiteral("again"), kNeedsAgain},
+        {QStringLiteral("atomic"), kNeedsAtomic},     {QStringLiteral("stack"), kNeedsStack}};
     return needs.value(object->property("needs").toString(), 0U);
 }
 } // namespace

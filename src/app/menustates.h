@@ -18,7 +18,9 @@ enum MenuNeed : unsigned {
     kNeedsWindows = 1U << 6,  ///< any window
     kNeedsSeveral = 1U << 7,  ///< two windows or more
     kNeedsOperator = 1U << 8, ///< an image, and an operator to apply to it
-    kNeedsAgain = 1U << 9     ///< an image, and an operator that was applied before
+    kNeedsAgain = 1U << 9,    ///< an image, and an operator that was applied before
+    kNeedsAtomic = 1U << 10,  ///< an image without layers
+    kNeedsStack = 1U << 11    ///< a master or a layer
 };
 
 /// Enables what carries a property "needs" with the word of a need. The last state is
