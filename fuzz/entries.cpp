@@ -6,6 +6,8 @@
 #include "core/workspace.h"
 #include "formats/exif.h"
 #include "formats/load.h"
+#include "formats/readers.h"
+#include "formats/tagged.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -15,7 +17,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 namespace
 {
@@ -54,6 +55,14 @@ void needWorkspace()
 
 using Reader = image *(*)(const QString &path);
 
+void requireUsable(const image &img)
+{
+    require(img.valid() && img.width > 0 && img.height > 0, "an invalid image");
+    require(img.width <= kMaxImageSide && img.height <= kMaxImageSide, "too large an image");
+    for (const uint16_t *plane : img.colorPlanes())
+        require(plane != nullptr, "a plane is missing");
+}
+
 /// Reads the file and holds the outcome against what every reader promises.
 void readAndCheck(const char *extension, const uint8_t *data, size_t size, Reader read)
 {
@@ -61,11 +70,13 @@ void readAndCheck(const char *extension, const uint8_t *data, size_t size, Reade
     const QString path = inputFile(extension, data, size);
     const int64_t before = memRecord.currentBytes;
     const int64_t refused = memRecord.allocationFailures;
-    if (const std::unique_ptr<image> img{read(path)}) {
-        require(img->valid() && img->width > 0 && img->height > 0, "an invalid image");
-        require(img->width <= kMaxImageSide && img->height <= kMaxImageSide, "too large an image");
-        for (const uint16_t *plane : img->colorPlanes())
-            require(plane != nullptr, "a plane is missing");
+    if (const ImageHolder img{read(path)}) {
+        requireUsable(*img);
+        require(img->layers.isEmpty() || img->kind == 1, "layers without a master");
+        for (const image *layer : qAsConst(img->layers)) {
+            requireUsable(*layer);
+            require(layer->kind == 2 && layer->master == img.get(), "a stray layer");
+        }
     }
     const bool balanced = memRecord.currentBytes == before;
     require(balanced || memRecord.allocationFailures != refused, "tracked memory was lost");
@@ -96,6 +107,20 @@ void fuzzRaw(const uint8_t *data, size_t size)
 {
     readAndCheck(".dng", data, size, [](const QString &path) {
         return loadThroughLibRaw(FileRecord::fromPath(path), path, false);
+    });
+}
+
+void fuzzAto(const uint8_t *data, size_t size)
+{
+    readAndCheck(".ato", data, size, [](const QString &path) {
+        return readAtomic(FileRecord::fromPath(path)).release();
+    });
+}
+
+void fuzzElx(const uint8_t *data, size_t size)
+{
+    readAndCheck(".elx", data, size, [](const QString &path) {
+        return readMaster(FileRecord::fromPath(path)).release();
     });
 }
 
@@ -130,9 +155,9 @@ const std::vector<const char *> &dispatchExtensions()
 
 const std::vector<FuzzEntry> &fuzzEntries()
 {
-    static const std::vector<FuzzEntry> entries = {{"rgba", fuzzRgba}, {"pix", fuzzPix},
-                                                   {"qt", fuzzQt},     {"raw", fuzzRaw},
-                                                   {"exif", fuzzExif}, {"dispatch", fuzzDispatch}};
+    static const std::vector<FuzzEntry> entries = {
+        {"rgba", fuzzRgba}, {"pix", fuzzPix}, {"qt", fuzzQt},   {"raw", fuzzRaw},
+        {"exif", fuzzExif}, {"ato", fuzzAto}, {"elx", fuzzElx}, {"dispatch", fuzzDispatch}};
     return entries;
 }
 

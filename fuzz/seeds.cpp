@@ -5,6 +5,7 @@
 #include "core/image.h"
 #include "core/workspace.h"
 #include "formats/save.h"
+#include "formats/tagged.h"
 #include "support/dng.h"
 #include "support/pictures.h"
 
@@ -16,6 +17,7 @@
 #include <QImageWriter>
 
 #include <cstdio>
+#include <vector>
 
 namespace
 {
@@ -66,15 +68,65 @@ QByteArray dng()
     return syntheticDng(32, 24, [](int x, int y) { return uint16_t(x * 1000 + y * 700); });
 }
 
+/// The bytes of the file that `write` makes at a path.
+template <class Write>
+QByteArray written(Write write)
+{
+    const QString path = QDir::tempPath() + QStringLiteral("/kestrane-seed");
+    write(path);
+    QFile file(path);
+    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    file.remove();
+    return bytes;
+}
+
 QByteArray rgba(int depth)
 {
     image img;
     img.allocate(5, 4, QStringLiteral("seed"));
-    const QString path = QDir::tempPath() + QStringLiteral("/kestrane-seed.rgba");
-    depth == 32 ? writeRgba32(&img, path) : writeRgba64(&img, path);
-    QFile file(path);
-    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    file.remove();
+    return written([&](const QString &path) {
+        depth == 32 ? writeRgba32(&img, path) : writeRgba64(&img, path);
+    });
+}
+
+/// A picture with two notes, one of them with a polygon.
+void fill(image *img, int width, int height)
+{
+    img->allocate(width, height, QStringLiteral("seed"));
+    img->creationTime = img->modificationTime = QStringLiteral("20250101:000000 UTC");
+    Notation note;
+    note.text = QStringLiteral("note");
+    img->notations << note;
+    note.points = QPolygon({{1, 1}, {4, 1}, {2, 3}});
+    img->notations << note;
+}
+
+QByteArray ato()
+{
+    image img;
+    fill(&img, 7, 5);
+    QString error;
+    return written([&](const QString &path) { writeAtomic(&img, path, &error); });
+}
+
+QByteArray elx(const std::vector<int> &modes)
+{
+    image master, layers[3];
+    fill(&master, 8, 6);
+    master.kind = 1;
+    for (size_t i = 0; i < modes.size(); ++i) {
+        image &layer = layers[i];
+        fill(&layer, 4 + int(i), 6);
+        layer.kind = 2;
+        layer.master = &master;
+        layer.layerMode = modes[i];
+        layer.localStack = i == 1;
+        master.layers << &layer;
+    }
+    QString error;
+    const QByteArray bytes =
+        written([&](const QString &path) { writeMaster(&master, path, &error); });
+    master.layers.clear();
     return bytes;
 }
 
@@ -90,6 +142,10 @@ QList<Seed> allSeeds()
                          {"rgba", ".rgba", rgba(64)},
                          {"pix", ".pix", QByteArray(8192, '\x5A')},
                          {"raw", ".dng", dng()},
+                         {"ato", ".ato", ato()},
+                         {"elx", ".elx", elx({})},
+                         {"elx", ".elx", elx({0})},
+                         {"elx", ".elx", elx({0, 1, 6})},
                          {"exif", ".jpg", jpegWithExif()},
                          {"exif", "", syntheticExif().mid(6)},
                          {"qt", ".gif", smallGif()}};
