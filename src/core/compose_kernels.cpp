@@ -13,12 +13,13 @@ namespace
 
 template <class Mode, class Sample>
 void mixChannel(const Sample *__restrict over, const double *__restrict k,
-                uint16_t *__restrict under, int count, double factor)
+                const uint16_t *__restrict under, int count, double factor,
+                double *__restrict squares)
 {
     for (int x = 0; x < count; ++x) {
         const double o = real(over[x]), u = real(under[x]);
-        const double mixed = mixSquared(Mode::value(o, u, factor), u, k[x]);
-        under[x] = stored(Mode::applies(o, u) ? mixed : u);
+        const double mixed = mixedSquare(Mode::value(o, u, factor), u, k[x]);
+        squares[x] = Mode::applies(o, u) ? mixed : u * u;
     }
 }
 
@@ -49,23 +50,18 @@ void channelSpan(const Span<Sample> &span)
             return;
         }
     double k[kSpanPixels];
+    Squares squares;
     fillKept(span.over[3], span.count, span.opacity, k);
     for (int c = 0; c < 3; ++c)
-        if (Mode::channels >> c & 1)
-            mixChannel<Mode>(span.over[c], k, span.under[c], span.count, span.factor);
+        if (Mode::channels >> c & 1) {
+            mixChannel<Mode>(span.over[c], k, span.under[c], span.count, span.factor, squares);
+            storeRoots(squares, span.count, span.under[c]);
+        }
     if (Mode::mixesAlpha)
         mixAlpha(span.over[3], k, span.under[3], span.count);
 }
 
 /// "Behind": what lies below covers the layer, by its own alpha.
-template <class Sample>
-void behindChannel(const Sample *__restrict over, const double *__restrict k,
-                   uint16_t *__restrict under, int count)
-{
-    for (int x = 0; x < count; ++x)
-        under[x] = stored(mixSquared(real(over[x]), real(under[x]), k[x]));
-}
-
 template <class Sample>
 void behindAlpha(const Sample *__restrict over, const double *__restrict k,
                  uint16_t *__restrict under, int count, double opacity)
@@ -80,8 +76,11 @@ void behindSpan(const Span<Sample> &span)
     double k[kSpanPixels];
     for (int x = 0; x < span.count; ++x)
         k[x] = share(span.under[3][x]);
-    for (int c = 0; c < 3; ++c)
-        behindChannel(span.over[c], k, span.under[c], span.count);
+    Squares squares;
+    for (int c = 0; c < 3; ++c) {
+        mixChannel<Normal>(span.over[c], k, span.under[c], span.count, span.factor, squares);
+        storeRoots(squares, span.count, span.under[c]);
+    }
     behindAlpha(span.over[3], k, span.under[3], span.count, span.opacity);
 }
 

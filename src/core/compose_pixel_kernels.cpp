@@ -7,34 +7,74 @@ using namespace composespan;
 
 namespace
 {
+/// A span's pixels as doubles. Loops over many planes of 16-bit samples get poor vector
+/// code; over doubles alone they get good code, which pays for the detour.
+struct RealPixels {
+    double red[kSpanPixels], green[kSpanPixels], blue[kSpanPixels], alpha[kSpanPixels];
+};
+
 template <class Sample>
-KESTRANE_ALWAYS_INLINE Rgb pixel(const Sample *r, const Sample *g, const Sample *b, int x)
+void toReals(const Sample *__restrict from, int count, double *__restrict to)
 {
-    return {real(r[x]), real(g[x]), real(b[x])};
+    for (int x = 0; x < count; ++x)
+        to[x] = real(from[x]);
 }
 
-/// The last parameter is alpha as it was, before the layer.
-template <class Mode, class Sample>
-void mixPixels(const Sample *__restrict overRed, const Sample *__restrict overGreen,
-               const Sample *__restrict overBlue, const Sample *__restrict overAlpha,
-               const double *__restrict k, uint16_t *__restrict red, uint16_t *__restrict green,
-               uint16_t *__restrict blue, uint16_t *__restrict alpha, int count)
+template <class Sample>
+void toReals(const Sample *const (&planes)[4], int count, RealPixels *out)
+{
+    toReals(planes[0], count, out->red);
+    toReals(planes[1], count, out->green);
+    toReals(planes[2], count, out->blue);
+    toReals(planes[3], count, out->alpha);
+}
+
+void storeReals(const double *__restrict from, uint16_t *__restrict to, int count)
+{
+    for (int x = 0; x < count; ++x)
+        to[x] = stored(from[x]);
+}
+
+/// What lies below a span.
+template <class Sample>
+void underToReals(const Span<Sample> &span, RealPixels *out)
+{
+    const uint16_t *const planes[4] = {span.under[0], span.under[1], span.under[2], span.under[3]};
+    toReals(planes, span.count, out);
+}
+
+/// Squares of the three channels, and alpha as it becomes.
+struct MixedPixels {
+    Squares red, green, blue;
+    double alpha[kSpanPixels];
+};
+
+KESTRANE_ALWAYS_INLINE Rgb pixelAt(const RealPixels &pixels, int x)
+{
+    return {pixels.red[x], pixels.green[x], pixels.blue[x]};
+}
+
+template <class Mode>
+void mixPixels(const RealPixels &__restrict layer, const RealPixels &__restrict below,
+               const double *__restrict k, int count, MixedPixels *__restrict out)
 {
     for (int x = 0; x < count; ++x) {
-        const Rgb over = pixel(overRed, overGreen, overBlue, x);
-        const Rgb under = pixel(red, green, blue, x);
-        const double oldAlpha = real(alpha[x]);
+        const Rgb over = pixelAt(layer, x), under = pixelAt(below, x);
+        const double oldAlpha = below.alpha[x], kept = k[x];
         const Rgb fresh = Mode::value(over, under, oldAlpha);
         const bool applies = Mode::applies(over, under);
-        const double kept = k[x];
+        const auto square = [&](double n, double b) KESTRANE_INLINE_LAMBDA {
+            const double mixed = mixedSquare(n, b, kept);
+            return applies ? mixed : b * b;
+        };
         if (Mode::channels & kRed)
-            red[x] = stored(applies ? mixSquared(fresh.red, under.red, kept) : under.red);
+            out->red[x] = square(fresh.red, under.red);
         if (Mode::channels & kGreen)
-            green[x] = stored(applies ? mixSquared(fresh.green, under.green, kept) : under.green);
+            out->green[x] = square(fresh.green, under.green);
         if (Mode::channels & kBlue)
-            blue[x] = stored(applies ? mixSquared(fresh.blue, under.blue, kept) : under.blue);
-        const double mixed = (1.0 - kept) * real(overAlpha[x]) + kept * oldAlpha;
-        alpha[x] = stored(applies ? mixed : oldAlpha);
+            out->blue[x] = square(fresh.blue, under.blue);
+        const double mixed = (1.0 - kept) * layer.alpha[x] + kept * oldAlpha;
+        out->alpha[x] = applies ? mixed : oldAlpha;
     }
 }
 
@@ -44,9 +84,23 @@ void pixelSpan(const Span<Sample> &span)
     if (coverOf(span) == Cover::None)
         return;
     double k[kSpanPixels];
+    RealPixels layer, below;
+    MixedPixels mixed;
     fillKept(span.over[3], span.count, span.opacity, k);
-    mixPixels<Mode>(span.over[0], span.over[1], span.over[2], span.over[3], k, span.under[0],
-                    span.under[1], span.under[2], span.under[3], span.count);
+    toReals(span.over, span.count, &layer);
+    underToReals(span, &below);
+    mixPixels<Mode>(layer, below, k, span.count, &mixed);
+    Squares *const squares[3] = {&mixed.red, &mixed.green, &mixed.blue};
+    for (int c = 0; c < 3; ++c)
+        if (Mode::channels >> c & 1)
+            storeRoots(*squares[c], span.count, span.under[c]);
+    storeReals(mixed.alpha, span.under[3], span.count);
+}
+
+template <class Sample>
+KESTRANE_ALWAYS_INLINE Rgb pixel(const Sample *r, const Sample *g, const Sample *b, int x)
+{
+    return {real(r[x]), real(g[x]), real(b[x])};
 }
 
 template <class Mode, class Sample>
@@ -81,26 +135,33 @@ KESTRANE_ALWAYS_INLINE bool isArtwork(Rgb c)
     return (c.red < kHalf) | (c.green < kHalf) | (c.blue < kHalf);
 }
 
-template <class Sample>
-void boardPixels(const Sample *__restrict overRed, const Sample *__restrict overGreen,
-                 const Sample *__restrict overBlue, uint16_t *__restrict red,
-                 uint16_t *__restrict green, uint16_t *__restrict blue, int count, double k)
+void boardPixels(const RealPixels &__restrict layer, const RealPixels &__restrict below, double k,
+                 int count, MixedPixels *__restrict out)
 {
     for (int x = 0; x < count; ++x) {
-        const Rgb over = pixel(overRed, overGreen, overBlue, x);
-        const Rgb under = pixel(red, green, blue, x);
+        const Rgb over = pixelAt(layer, x), under = pixelAt(below, x);
         const bool artwork = isArtwork(over);
-        red[x] = stored(artwork ? mixSquared(over.red, under.red, k) : under.red);
-        green[x] = stored(artwork ? mixSquared(over.green, under.green, k) : under.green);
-        blue[x] = stored(artwork ? mixSquared(over.blue, under.blue, k) : under.blue);
+        const auto square = [=](double n, double b) KESTRANE_INLINE_LAMBDA {
+            const double mixed = mixedSquare(n, b, k);
+            return artwork ? mixed : b * b;
+        };
+        out->red[x] = square(over.red, under.red);
+        out->green[x] = square(over.green, under.green);
+        out->blue[x] = square(over.blue, under.blue);
     }
 }
 
 template <class Sample>
 void boardSpan(const Span<Sample> &span)
 {
-    boardPixels(span.over[0], span.over[1], span.over[2], span.under[0], span.under[1],
-                span.under[2], span.count, 1.0 - span.opacity);
+    RealPixels layer, below;
+    MixedPixels mixed;
+    toReals(span.over, span.count, &layer);
+    underToReals(span, &below);
+    boardPixels(layer, below, 1.0 - span.opacity, span.count, &mixed);
+    storeRoots(mixed.red, span.count, span.under[0]);
+    storeRoots(mixed.green, span.count, span.under[1]);
+    storeRoots(mixed.blue, span.count, span.under[2]);
 }
 
 template <class Sample>
