@@ -321,7 +321,7 @@ private:
 
     bool cancelled()
     {
-        fault = say("The work was cancelled.");
+        fault = QLatin1String(kSaveCancelled);
         return false;
     }
 

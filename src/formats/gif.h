@@ -17,6 +17,6 @@ struct GifAnimation {
 /// Writes frames, all of one size, as a GIF; a single frame gives a plain GIF. Samples
 /// whose alpha is below 32768 are transparent. A frame with no more colours than allowed
 /// keeps them exactly (high bytes). An older file of that name stays until the new one is
-/// complete. False with a reason; also when the person cancelled (Workspace::progress).
+/// complete. False with a reason, kSaveCancelled if the person cancelled (Workspace::progress).
 bool writeGif(const QList<const image *> &frames, const GifAnimation &animation,
               const QString &path, QString *error);

@@ -2,6 +2,7 @@
 #include "formats/gif.h"
 
 #include "formats/gif_palette.h"
+#include "formats/writers.h"
 #include "support/pictures.h"
 #include "support/recordingworkspace.h"
 
@@ -228,6 +229,7 @@ TEST_F(GifTest, RefusalsKeepTheOldFile)
         ws.impatient = c.impatient;
         EXPECT_FALSE(write(c.frames, c.animation));
         EXPECT_FALSE(error.isEmpty());
+        EXPECT_EQ(error == kSaveCancelled, c.impatient);
         EXPECT_EQ(bytes(), old);
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1) << "no scraps are left";
         EXPECT_TRUE(ws.ended);
