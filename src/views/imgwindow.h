@@ -16,6 +16,7 @@ class QKeyEvent;
 class QMouseEvent;
 class QPainter;
 class image;
+struct ViewBackdrop;
 struct ViewGeometry;
 
 constexpr uint32_t kWindowMark = 0xBDEEEAFD;
@@ -52,6 +53,7 @@ enum WindowCommandNumber {
     kCommandCloneScaled = 32,
     kCommandRedo = 37,
     kCommandRestoreCrop = 41,
+    kCommandMakeLayered = 44,
     kCommandRename = 45,
     kCommandClose = 46,
     kCommandAnotherView = 47,
@@ -203,7 +205,9 @@ private:
     void fillScreen();
 
     // Paint
+    void composeIfDue();
     void render();
+    bool renderImage(const ViewGeometry &view, const ViewBackdrop &backdrop);
     void drawGrid(QPainter *painter) const;
     void drawSelection(QPainter *painter);
 

@@ -22,30 +22,22 @@ struct History {
     QList<image *> image::*list;
     void (*step)(image *);
     GroupResult (*groupStep)(image *);
-    int command, groupCommand;
+    int command;
     const char *noTarget;
 };
 const History kBack = {
-    &image::undoList,
-    undo,
-    groupUndo,
-    kCommandUndo,
-    kCommandGroupUndo,
+    &image::undoList, undo, groupUndo, kCommandUndo,
     QT_TRANSLATE_NOOP("imgWindow", "Can't undo from master without<br>assigned target")};
 const History kForth = {
-    &image::redoList,
-    redo,
-    groupRedo,
-    kCommandRedo,
-    kCommandGroupRedo,
+    &image::redoList, redo, groupRedo, kCommandRedo,
     QT_TRANSLATE_NOOP("imgWindow", "Can't redo from master without<br>assigned target")};
 
-/// The window of a master's target, or null.
-imgWindow *targetWindow(const image *master)
+/// A master's target, or null if there is none that is still an image.
+image *targetOf(const image *master)
 {
     image *target = master->target;
     const bool live = target && (master->layers.contains(target) || workspace()->ownsImage(target));
-    return live && target->valid() && viewHost() ? viewHost()->findWindow(target) : nullptr;
+    return live && target->valid() ? target : nullptr;
 }
 
 void historyChanged(image *img)
@@ -60,12 +52,25 @@ void historyChanged(image *img)
         host->updateMenus();
 }
 
-void stepHistory(imgWindow *window, const History &way)
+void stepGroup(image *img, const History &way)
 {
-    image *img = window->img;
+    const GroupResult result = way.groupStep(img);
+    if (!result.done) {
+        workspace()->messageBox(QString(), result.refusal);
+        return;
+    }
+    historyChanged(img);
+}
+
+void stepHistory(image *img, const History &way)
+{
     if (img->kind == 1) {
-        if (imgWindow *other = targetWindow(img))
+        image *target = targetOf(img);
+        imgWindow *other = target && viewHost() ? viewHost()->findWindow(target) : nullptr;
+        if (other)
             other->command(way.command);
+        else if (target && target->kind != 1)
+            stepHistory(target, way);
         else
             workspace()->messageBox(QString(),
                                     QCoreApplication::translate("imgWindow", way.noTarget));
@@ -75,20 +80,10 @@ void stepHistory(imgWindow *window, const History &way)
     if (list.isEmpty())
         return;
     if (list.constLast()->groupFlag) {
-        window->command(way.groupCommand);
+        stepGroup(img, way);
         return;
     }
     way.step(img);
-    historyChanged(img);
-}
-
-void stepGroup(image *img, const History &way)
-{
-    const GroupResult result = way.groupStep(img);
-    if (!result.done) {
-        workspace()->messageBox(QString(), result.refusal);
-        return;
-    }
     historyChanged(img);
 }
 
@@ -269,10 +264,10 @@ bool imgWindow::actCommand(int number)
 {
     switch (number) {
     case kCommandUndo:
-        stepHistory(this, kBack);
+        stepHistory(img, kBack);
         return true;
     case kCommandRedo:
-        stepHistory(this, kForth);
+        stepHistory(img, kForth);
         return true;
     case kCommandGroupUndo:
         stepGroup(img, kBack);
@@ -295,6 +290,9 @@ bool imgWindow::actCommand(int number)
         return true;
     case kCommandRestoreCrop:
         restoreCrop(img);
+        return true;
+    case kCommandMakeLayered:
+        showAsLayered(img);
         return true;
     case kCommandRename:
         askName(this);

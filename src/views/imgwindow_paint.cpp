@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/compose.h"
 #include "core/image.h"
+#include "core/layermodes.h"
 #include "core/workspace.h"
 #include "views/imgwindow.h"
 #include "views/viewrender.h"
+#include "views/warprender.h"
 
 #include <QPainter>
 #include <QScopedValueRollback>
@@ -27,6 +30,7 @@ void imgWindow::paintEvent(QPaintEvent *)
     if (painting || !validImage())
         return;
     const QScopedValueRollback<bool> guard(painting, true);
+    composeIfDue();
     if (!paintOverlayOnly || rebuildCache || cache.isNull())
         render();
     waitingPaint = false;
@@ -37,6 +41,21 @@ void imgWindow::paintEvent(QPaintEvent *)
     if (gridShown)
         drawGrid(&painter);
     drawSelection(&painter);
+}
+
+/// A master follows its layers when it, or one of them, is next seen: so many changes in a
+/// row cost one composition.
+void imgWindow::composeIfDue()
+{
+    const image *master = masterOf(img);
+    if (master && master->needsRebuild)
+        compose(img, true); // which tells this window too that its cache is out of date
+}
+
+bool imgWindow::renderImage(const ViewGeometry &view, const ViewBackdrop &backdrop)
+{
+    return img->layerMode == kWarpMode ? renderWarp(*img, view, backdrop.surround, &cache)
+                                       : renderView(*img, view, backdrop, &cache);
 }
 
 void imgWindow::render()
@@ -53,7 +72,7 @@ void imgWindow::render()
     backdrop.dark = space.checkerDark;
     backdrop.light = space.checkerLight;
     backdrop.cell = devicePixels(kCheckerSide, ratio);
-    if (!renderView(*img, view, backdrop, &cache))
+    if (!renderImage(view, backdrop))
         cache = QImage();
     cache.setDevicePixelRatio(ratio);
     rebuildCache = false;

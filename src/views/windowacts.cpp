@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/windowacts.h"
 
+#include "core/compose.h"
 #include "core/image.h"
 #include "core/scale.h"
 #include "core/undo.h"
 #include "core/workspace.h"
 #include "formats/load.h"
+#include "layers/stack.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 
@@ -65,8 +67,10 @@ void changeDone(image *img)
 }
 } // namespace
 
-void cloneImage(const image *source, QSize scaledTo)
+void cloneImage(image *source, QSize scaledTo)
 {
+    if (source->kind == 1 && source->needsRebuild)
+        compose(source, true);
     const bool scaled = scaledTo.isValid();
     auto copy = std::make_unique<image>();
     const QString name = source->name + QLatin1String(scaled ? "[scaled]" : "[clone]");
@@ -82,6 +86,19 @@ void cloneImage(const image *source, QSize scaledTo)
     }
     copyStory(*source, copy.get());
     workspace()->showImage(copy.release(), FileRecord());
+}
+
+void showAsLayered(image *img)
+{
+    if (img->kind != 0) {
+        workspace()->messageBox(QString(), translated("This image is layered already."));
+        return;
+    }
+    image *master = makeLayered(img);
+    if (!master)
+        tellNoMemory();
+    else if (viewHost())
+        viewHost()->openView(master);
 }
 
 void restoreCrop(const image *cropped)

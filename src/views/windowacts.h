@@ -8,9 +8,12 @@ class image;
 /// What window commands do to images, apart from any window. Refusals and failures are
 /// told through the workspace; views are told that they are out of date.
 
-/// Hands a copy of the image, an atomic one, to the workspace to be shown; with a size it
-/// is scaled to that.
-void cloneImage(const image *source, QSize scaledTo = {});
+/// Hands a copy of the image (of a master: as composed), an atomic one, to the workspace to be
+/// shown; with a size it is scaled to that.
+void cloneImage(image *source, QSize scaledTo = {});
+
+/// Makes an atomic image the only layer of a new master and opens a view of the master.
+void showAsLayered(image *img);
 
 /// Copies a cropped image back to where it came from, if that image still stands.
 void restoreCrop(const image *cropped);

@@ -72,6 +72,32 @@ TEST_F(Commands, MasterPassesHistoryToItsTarget)
     EXPECT_EQ(host.boxes.size(), 2);
 }
 
+TEST_F(Commands, MakesAPictureLayeredAndComposesWhenPainted)
+{
+    image *picture = host.keep(plainImage(8, 8, 900, 800, 700));
+    imgWindow *view = host.show(picture);
+    view->command(kCommandMakeLayered);
+    ASSERT_EQ(picture->kind, 2);
+    image *made = picture->master;
+    EXPECT_TRUE(host.images.contains(made) && !host.images.contains(picture));
+    EXPECT_TRUE(made->name.endsWith(": master"));
+    EXPECT_EQ(made->fullPath, QString());
+
+    imgWindow *masterView = host.show(made);
+    masterView->grab();
+    EXPECT_EQ(made->red[9], 900);
+    picture->opacity = 0;
+    picture->markMasterForRebuild();
+    EXPECT_EQ(made->red[9], 900); // not before it is seen
+    masterView->grab();
+    EXPECT_EQ(made->red[9], 0);
+    EXPECT_FALSE(made->needsRebuild);
+
+    view->command(kCommandMakeLayered); // refused with a word
+    EXPECT_EQ(host.boxes.size(), 1);
+    EXPECT_EQ(made->layers.size(), 1);
+}
+
 TEST_F(Commands, GroupStepsAllPartsOrNone)
 {
     image *copper = stack.add(55), *drill = stack.add(57), *plain = stack.add(0);
