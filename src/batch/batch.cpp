@@ -13,6 +13,7 @@ bool runImage(Session *session, const Options &options, int index, QString *erro
 {
     const QString &input = options.images[index];
     const bool done = session->load(input, error) &&
+                      (options.layer == 0 || session->chooseLayer(options.layer, error)) &&
                       (options.output.isEmpty() ||
                        session->save(outputName(options.output, input, index + 1), error));
     session->drop();
@@ -41,7 +42,9 @@ int runImages(Session *session, const Options &options, Messages *messages)
 int runConsole(Session *session, const Options &options, const Streams &streams, Messages *messages)
 {
     QString error;
-    if (!options.images.isEmpty() && !session->load(options.images.first(), &error)) {
+    if (!options.images.isEmpty() &&
+        (!session->load(options.images.first(), &error) ||
+         (options.layer != 0 && !session->chooseLayer(options.layer, &error)))) {
         messages->error(error);
         return kStatusImageFailed;
     }

@@ -5,12 +5,14 @@
 #include "batch/session.h"
 #include "core/memory.h"
 #include "core/undo.h"
+#include "core/workspace.h"
 #include "operators/base/opwrapper.h"
 
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <istream>
+#include <limits>
 #include <ostream>
 #include <string>
 
@@ -77,9 +79,9 @@ const Console::Command Console::kCommands[] = {
     {".tokens", "EXPR", 1, -1, false, &Console::needsLanguage},
     {".vars", "", 0, 0, false, &Console::needsLanguage},
     {".rich", "on|off", 1, 1, false, &Console::needsLanguage},
-    {".layers", "", 0, 0, true, &Console::needsLayers},
-    {".layer", "N", 1, 1, true, &Console::needsLayers},
-    {".compose", "", 0, 0, true, &Console::needsLayers},
+    {".layers", "", 0, 0, true, &Console::listLayers},
+    {".layer", "N", 1, 1, true, &Console::chooseLayer},
+    {".compose", "", 0, 0, true, &Console::composeStack},
     {".pixel", "X Y", 2, 2, true, &Console::pixel},
     {".size", "", 0, 0, true, &Console::size},
     {".fill", "R G B A", 4, 4, true, &Console::fill},
@@ -398,7 +400,28 @@ bool Console::needsLanguage(const QStringList &)
     return fail(QStringLiteral("the script language is not available in this version"));
 }
 
-bool Console::needsLayers(const QStringList &)
+bool Console::listLayers(const QStringList &)
 {
-    return fail(QStringLiteral("layers are not available in this version"));
+    const QList<image *> layers = session->layers();
+    if (layers.isEmpty())
+        return fail(QStringLiteral("not a layered picture"));
+    for (const image *layer : layers)
+        answer(QStringLiteral("%1 %2 %3 %4")
+                   .arg(QString::number(layer->layerIndex()), QString::number(layer->layerMode),
+                        numberText(layer->opacity), singleLine(layer->name)));
+    return true;
+}
+
+bool Console::chooseLayer(const QStringList &arguments)
+{
+    int number = 0;
+    if (!readNumber(arguments[0], 0, std::numeric_limits<int>::max(), &number))
+        return fail(QStringLiteral("a layer is a whole number from 0, not ") +
+                    quoted(arguments[0]));
+    return session->chooseLayer(number, &failure);
+}
+
+bool Console::composeStack(const QStringList &)
+{
+    return session->composeCurrent(&failure);
 }

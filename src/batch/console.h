@@ -58,7 +58,9 @@ private:
     bool memory(const QStringList &arguments);
     bool quit(const QStringList &arguments);
     bool needsLanguage(const QStringList &arguments);
-    bool needsLayers(const QStringList &arguments);
+    bool listLayers(const QStringList &arguments);
+    bool chooseLayer(const QStringList &arguments);
+    bool composeStack(const QStringList &arguments);
 
     /// Reads x and y as the place of a sample of the current image.
     bool readPlace(const QStringList &arguments, int64_t *index);

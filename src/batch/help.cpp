@@ -13,11 +13,14 @@ that way is written ./new:...).
 Results
   -o, --output PATH     save each result here; {name} stands for the input's file name
                         up to its last dot, {n} for its position from 1. The ending
-                        decides the format: .png .jpg .jpeg .rgba
+                        decides the format: .png .jpg .jpeg .rgba .ato, and .elx for
+                        a layered picture; under other names that is saved flat
       --depth 32|64     bits a pixel of a .rgba result (64)
       --quality 1..100  quality of a JPEG result
 
 What is worked with
+      --layer N         of a layered picture, the layer to work on, counted from the top
+                        from 1; without it the master
       --origin IMAGE    the assigned origin image
       --brush IMAGE     the assigned brush image
       --set KEY=VALUE   one setting for this run, by its settings key; may be repeated
@@ -32,7 +35,7 @@ The run
       --help            print this text
 
 Not available in this version
-  -s, --script FILE     -e, --execute TEXT     --layer N
+  -s, --script FILE     -e, --execute TEXT
       --gerber DIR      --gerber-set KEY=VALUE
 
 Commands of -i, each answered on standard output
@@ -46,6 +49,10 @@ Commands of -i, each answered on standard output
   .origin [IMAGE]       assign the origin image, or clear it
   .brush [IMAGE]        assign the brush image, or clear it
   .set KEY VALUE        as --set
+  .layers               one line a layer, from the bottom: its number from the top, mode
+                        id, opacity and name
+  .layer N              make that layer the current image; 0: the master
+  .compose              compose the master of the current image
   .apply NAME ARGS...   what the Apply button does with that operator
   .scriptline NAME      the script line of the operator's present parameters
   .snapshot             make an undo record

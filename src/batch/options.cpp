@@ -57,6 +57,16 @@ QString storeQuality(Options *options, const QString &value)
     return {};
 }
 
+QString storeLayer(Options *options, const QString &value)
+{
+    bool ok = false;
+    const int layer = value.toInt(&ok);
+    if (!ok || layer < 1)
+        return QStringLiteral("a layer is a whole number from 1, counted from the top");
+    options->layer = layer;
+    return {};
+}
+
 QString storeSetting(Options *options, const QString &value)
 {
     const int equals = value.indexOf(QLatin1Char('='));
@@ -90,7 +100,7 @@ const OptionRow kOptions[] = {
     {'o', "output", true, storeOutput},
     {0, "origin", true, storeImageOption<&Options::origin>},
     {0, "brush", true, storeImageOption<&Options::brush>},
-    {0, "layer", true, nullptr},
+    {0, "layer", true, storeLayer},
     {0, "depth", true, storeDepth},
     {0, "quality", true, storeQuality},
     {0, "set", true, storeSetting},

@@ -19,6 +19,7 @@ struct Options {
     QList<QPair<QString, QString>> settings; ///< of --set, in their order
     int rgbaDepth = 0;                       ///< 0: the setting's own value, 64
     int quality = 0;                         ///< 0: the setting's own value
+    int layer = 0;                           ///< from the top from 1; 0: the master
     bool strict = false;
     bool keepGoing = false;
     bool interactive = false;

@@ -2,6 +2,7 @@
 #include "batch/session.h"
 
 #include "batch/messages.h"
+#include "core/compose.h"
 #include "formats/load.h"
 #include "formats/save.h"
 #include "operators/table/allops.h"
@@ -25,6 +26,8 @@ QString readFailure(const QString &path, const QString &said)
         return QStringLiteral("may not be read");
     return said.isEmpty() ? QStringLiteral("not a picture that can be read") : said;
 }
+
+const QString kNotLayered = QStringLiteral("not a layered picture");
 
 QString writeFailure(const QString &path, const QString &said)
 {
@@ -132,12 +135,51 @@ bool Session::load(const QString &input, QString *error)
 {
     if (!replace(&currentImage, input, error))
         return false;
+    currentLayer = nullptr;
     inputName = input;
+    return true;
+}
+
+image *Session::current()
+{
+    if (!currentLayer && currentImage && currentImage->needsRebuild)
+        compose(currentImage, false);
+    return currentLayer ? currentLayer : currentImage;
+}
+
+QList<image *> Session::layers() const
+{
+    return currentImage ? currentImage->layers : QList<image *>();
+}
+
+bool Session::chooseLayer(int number, QString *error)
+{
+    const int count = int(layers().size());
+    if (number < 0 || number > count || count == 0) {
+        *error = count == 0 ? inputName + QStringLiteral(": ") + kNotLayered
+                            : QStringLiteral("%1: the layers are 1 to %2, not %3")
+                                  .arg(inputName)
+                                  .arg(count)
+                                  .arg(number);
+        return false;
+    }
+    currentLayer = number == 0 ? nullptr : layers().at(count - number);
+    return true;
+}
+
+bool Session::composeCurrent(QString *error)
+{
+    if (layers().isEmpty()) {
+        *error = kNotLayered;
+        return false;
+    }
+    compose(currentImage, false);
     return true;
 }
 
 void Session::drop()
 {
+    currentLayer = nullptr;
     end(&currentImage);
 }
 
@@ -145,7 +187,7 @@ bool Session::save(const QString &path, QString *error)
 {
     const bool flat = !path.endsWith(QLatin1String(".elx"), Qt::CaseInsensitive);
     messages->takeNotice();
-    if (saveImageFile(FileRecord::fromPath(path), currentImage, flat))
+    if (saveImageFile(FileRecord::fromPath(path), current(), flat))
         return true;
     *error = path + QStringLiteral(": ") + writeFailure(path, messages->takeNotice());
     return false;

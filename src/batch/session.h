@@ -30,7 +30,16 @@ public:
     bool save(const QString &path, QString *error);
     /// Ends the current image, if there is one.
     void drop();
-    image *current() const { return currentImage; }
+    /// The current image, or the layer of it that was chosen. A master is composed first
+    /// if a layer changed.
+    image *current();
+    /// Makes a layer of the current stack, counted from the top from 1, what current()
+    /// gives; 0 the master itself. False with a reason.
+    bool chooseLayer(int number, QString *error);
+    /// Composes the stack that the current image belongs to. False if it is not layered.
+    bool composeCurrent(QString *error);
+    /// The layers of the current image, bottom first; empty if it is not layered.
+    QList<image *> layers() const;
     /// What the current image was loaded from, as it was given.
     QString currentInput() const { return inputName; }
 
@@ -50,7 +59,8 @@ private:
     BatchWorkspace space; // first of what follows: images and operators ask it
     colorblending blending;
     OperatorTable table;
-    image *currentImage = nullptr;
+    image *currentImage = nullptr; ///< owned: an atomic image or a master
+    image *currentLayer = nullptr; ///< one of its layers, or null
     QString inputName;
     image *originImage = nullptr;
     image *brushImage = nullptr;

@@ -2,6 +2,12 @@
 #include "batch/toolrun.h"
 
 #include "core/memory.h"
+#include "formats/tagged.h"
+#include "support/pictures.h"
+#include "support/recordingworkspace.h"
+
+#include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -65,9 +71,10 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
          "failed: new:0x0: a new image is new:WxH, each side from 1 to 32767\n"},
         {"Settings", "", ".set nope 1\n.set tMode\n.set mainAuthor A  B\n.set blendMode 10\n",
          "failed: unknown setting \"nope\"\nfailed: \"\" is no value of tMode (0 to 3)\n"},
-        {"WhatIsNotThereYet", "new:1x1", ".vars\n.layers\nx=1\n",
+        {"WhatIsNotThereYet", "new:1x1", ".vars\n.layers\n.layer 0\n.compose\nx=1\n",
          "failed: the script language is not available in this version\n"
-         "failed: layers are not available in this version\n"
+         "failed: not a layered picture\nfailed: new:1x1: not a layered picture\n"
+         "failed: not a layered picture\n"
          "failed: the script language is not available in this version\n"},
         {"QuitEndsBeforeTheRest", "new:1x1", ".quit\n.size\n", ""},
         {"LastLineWithoutItsEnd", "new:1x1", ".size", "1 1\n"}};
@@ -80,6 +87,53 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
         EXPECT_EQ(run.messages, "");
         EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
     }
+}
+
+/// Two layers: black below, and a half transparent white one that covers the left column.
+QString layeredFile(const QTemporaryDir &folder)
+{
+    RecordingWorkspace space;
+    image *master = plainImage(2, 1, 0, 0, 0).release();
+    master->kind = 1;
+    for (const uint16_t level : {uint16_t(0), uint16_t(65535)}) {
+        image *layer = plainImage(level ? 1 : 2, 1, level, level, level).release();
+        layer->name = level ? "white sheet" : "ground";
+        layer->opacity = level ? 0.25 : 1.0;
+        layer->kind = 2;
+        layer->master = master;
+        master->layers << layer;
+    }
+    const QString path = folder.filePath("stack.elx");
+    QString error;
+    EXPECT_TRUE(writeMaster(master, path, &error)) << qPrintable(error);
+    destroyTree(&master);
+    return path;
+}
+
+TEST(Console, LayersAreListedChosenAndComposed)
+{
+    QTemporaryDir folder;
+    const QString file = layeredFile(folder), again = folder.filePath("again.elx");
+    const QString flat = folder.filePath("flat.rgba"), layerFile = folder.filePath("layer.rgba");
+    const ToolRun run =
+        runInProcess({"-i", "--layer", "1", file},
+                     (".size\n.layers\n.layer 3\n.layer x\n.layer 0\n.pixel 0 0\n.pixel 1 "
+                      "0\n.layer 2\n.fill 65535 "
+                      "0 0 65535\n.compose\n.save " +
+                      flat + "\n.save " + again + "\n.load " + flat +
+                      "\n.pixel 1 0\n.layers\n.load " + again + "\n.layers\n.pixel 1 0\n")
+                         .toStdString());
+    const std::string list = "2 0 1 ground\n1 0 0.25 white sheet\n";
+    EXPECT_EQ(run.out, "1 1\n" + list + "failed: " + file.toStdString() +
+                           ": the layers are 1 to 2, not 3\n"
+                           "failed: a layer is a whole number from 0, not \"x\"\n"
+                           "32767 32767 32767 65535 0\n0 0 0 65535 0\n"
+                           "65535 0 0 65535 0\nfailed: not a layered picture\n" +
+                           list + "65535 0 0 65535 0\n");
+    EXPECT_EQ(runInProcess({"--layer", "3", "-o", layerFile, file}).status, 1);
+    EXPECT_EQ(runInProcess({"--layer", "1", "-o", layerFile, flat}).status, 1);
+    EXPECT_FALSE(QFileInfo::exists(layerFile));
+    EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
 }
 
 TEST(Console, HostileLinesAreAnsweredAndPassed)
