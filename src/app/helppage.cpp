@@ -3,8 +3,14 @@
 
 #include <QDialog>
 #include <QTextBrowser>
+#include <QTextDocument>
 #include <QUrl>
 #include <QVBoxLayout>
+
+namespace
+{
+constexpr int kMargin = 14;
+}
 
 void showHelpPage(QWidget *parent, const QString &title, const QString &name)
 {
@@ -20,6 +26,7 @@ void showHelpPage(QWidget *parent, const QString &title, const QString &name)
     page->setWindowTitle(title);
     auto *browser = new QTextBrowser;
     browser->setAccessibleName(title);
+    browser->document()->setDocumentMargin(kMargin);
     browser->setSource(QUrl(QStringLiteral("qrc:/help/") + name));
     auto *column = new QVBoxLayout(page);
     column->setContentsMargins(0, 0, 0, 0);

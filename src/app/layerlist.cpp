@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleOptionViewItem>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -126,7 +127,7 @@ void LayerList::paintRow(QPainter *painter, const QStyleOptionViewItem &option, 
 
     QRect place = option.rect.adjusted(kMargin, kMargin, -kMargin, -kMargin);
     const QRect eye(place.left(), place.center().y() - kEyeSide / 2, kEyeSide, kEyeSide);
-    (shown.visible ? eyeOpen : eyeClosed).paint(painter, eye);
+    drawEye(painter, eye, shown.visible, selected ? text : QColor());
     place.setLeft(eye.right() + 2 * kMargin);
     const QRect picture(place.left(), place.top(), kPictureSide, kPictureSide);
     painter->setOpacity(shown.visible ? 1.0 : 0.4);
@@ -162,6 +163,23 @@ void LayerList::paintRow(QPainter *painter, const QStyleOptionViewItem &option, 
         focus.rect = option.rect.adjusted(1, 1, -1, -1);
         style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, this);
     }
+}
+
+/// In its own colours, or in one that stands out from a selected row.
+void LayerList::drawEye(QPainter *painter, const QRect &place, bool open,
+                        const QColor &colour) const
+{
+    const QIcon &icon = open ? eyeOpen : eyeClosed;
+    if (!colour.isValid()) {
+        icon.paint(painter, place);
+        return;
+    }
+    QPixmap tinted = icon.pixmap(window()->windowHandle(), place.size());
+    QPainter tint(&tinted);
+    tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    tint.fillRect(QRect(QPoint(0, 0), place.size()), colour);
+    tint.end();
+    painter->drawPixmap(place.topLeft(), tinted);
 }
 
 int LayerList::rowAt(QPoint position) const

@@ -57,6 +57,7 @@ private:
     int gapAt(QPoint position) const;
     void endDrag();
     void drawGap(QPainter *painter) const;
+    void drawEye(QPainter *painter, const QRect &place, bool open, const QColor &colour) const;
 
     QVector<LayerRow> rows;
     QVector<QPixmap> pictures;

@@ -98,6 +98,7 @@ Layers::Layers(MainWindow *mainWindow)
     ui->layerList->setProperty(
         "emptyText", tr("No layered picture is open.\nLayers, Make Layered in the main window "
                         "turns the current picture into one."));
+    textStyle.pixels = 0; // until the first text, which fits its picture
     textStyle.red = uint16_t(main->foreRed);
     textStyle.green = uint16_t(main->foreGreen);
     textStyle.blue = uint16_t(main->foreBlue);

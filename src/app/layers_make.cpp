@@ -17,6 +17,8 @@
 namespace
 {
 constexpr int kNameLength = 30;
+constexpr int kTextPart = 8; ///< a first text is this part of the picture high
+constexpr int kLeastText = 8, kMostText = 4000;
 
 /// The hourglass while something large is computed.
 class WaitCursor
@@ -29,7 +31,7 @@ public:
 };
 
 const ParameterDialog::Range kPercent = {0, 100, 0, QStringLiteral(" %"), 100};
-const ParameterDialog::Range kRadius = {0, 500, 0, QString(), 1};
+const ParameterDialog::Range kRadius = {0, 500, 0, QString(), 1, 100};
 } // namespace
 
 /// The selected layer, if new ones may be made out of it.
@@ -64,7 +66,7 @@ void Layers::on_shadowEffect_clicked()
     const BusyGuard guard(main->busyDepth());
     ParameterDialog dialog(tr("Shadow"), tr("A soft shadow of the layer's shape, below it."),
                            tr("Make Shadow"), this);
-    const ParameterDialog::Range shift = {-2000, 2000, 0, QString(), 1};
+    const ParameterDialog::Range shift = {-2000, 2000, 0, QString(), 1, 100};
     dialog.whole("xShift", tr("To the right"), &shadow.xShift, shift,
                  tr("Samples; below zero to the left"));
     dialog.whole("yShift", tr("Down"), &shadow.yShift, shift, tr("Samples; below zero upwards"));
@@ -271,9 +273,11 @@ void Layers::on_gentext_clicked()
     const BusyGuard guard(main->busyDepth());
     ParameterDialog dialog(tr("Text Layer"), QString(), tr("Write"), this);
     QString text = tr("Text");
+    if (textStyle.pixels <= 0)
+        textStyle.pixels = std::clamp(of->height / kTextPart, kLeastText, kMostText);
     dialog.text("text", tr("Text"), &text);
     dialog.fontFamily("family", tr("Font"), &textStyle.family);
-    dialog.number("pixels", tr("Height"), &textStyle.pixels, {1, 4000, 0, QString(), 1},
+    dialog.number("pixels", tr("Height"), &textStyle.pixels, {1, 4000, 0, QString(), 1, 400},
                   tr("Height of the font in samples"));
     dialog.check("bold", tr("Bold"), &textStyle.bold, QString());
     dialog.check("italic", tr("Italic"), &textStyle.italic, QString());
@@ -312,9 +316,9 @@ void Layers::on_gifAnim_clicked()
                            tr("Each visible layer becomes a frame of a GIF file, in its place and "
                               "from the bottom up."),
                            tr("Write…"), this);
-    dialog.whole("delay", tr("Delay"), &animation.delay, {0, 65535, 0, QString(), 1},
+    dialog.whole("delay", tr("Delay"), &animation.delay, {0, 65535, 0, QString(), 1, 200},
                  tr("Hundredths of a second that each frame is seen"));
-    dialog.whole("repeats", tr("Repeats"), &animation.repeats, {0, 65535, 0, QString(), 1},
+    dialog.whole("repeats", tr("Repeats"), &animation.repeats, {0, 65535, 0, QString(), 1, 20},
                  tr("0: for ever"));
     dialog.whole("colors", tr("Colours"), &animation.colors, {2, 256, 0, QString(), 1},
                  tr("The most that a frame may have"));

@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QMenuBar>
 #include <QProgressDialog>
 #include <QScreen>
 #include <QSettings>
@@ -57,6 +58,7 @@ MainWindow::MainWindow()
     ui->setupUi(this);
     statusBar()->setFont(fixedFont(12));
     statusBar()->setSizeGripEnabled(false);
+    resize(std::max(width(), menuBar()->sizeHint().width()), height()); // every menu in sight
 
     blendState = std::make_unique<colorblending>();
     table = std::make_unique<OperatorTable>();

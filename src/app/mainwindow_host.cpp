@@ -38,6 +38,15 @@ QWidget *boxParent(MainWindow *window, const QWidget *notThis)
     return !parent || parent == notThis ? window : parent;
 }
 
+/// What the window manager puts around a window.
+QMargins marginsOf(const QWidget &window)
+{
+    const QRect outer = window.frameGeometry();
+    const QRect inner = window.geometry();
+    return {inner.left() - outer.left(), inner.top() - outer.top(), outer.right() - inner.right(),
+            outer.bottom() - inner.bottom()};
+}
+
 const image *rootOf(const image *img)
 {
     return img->master ? img->master : img;
@@ -210,7 +219,8 @@ void MainWindow::placeWindow(imgWindow *window)
     const QVariant remembered = store->value(kLonePlaceKey);
     if (rememberPosition && windows.size() == 1 && remembered.type() == QVariant::Point)
         wanted = remembered.toPoint();
-    const QSize size = window->size().grownBy(frameMargins);
+    const QMargins frame = frameMargins.isNull() ? marginsOf(*this) : frameMargins;
+    const QSize size = window->size().grownBy(frame);
     const int mostX = std::max(desk.left(), desk.right() - size.width());
     const int mostY = std::max(desk.top(), desk.bottom() - size.height());
     window->move(std::clamp(wanted.x(), desk.left(), mostX),
@@ -254,6 +264,8 @@ void MainWindow::makeCurrent(imgWindow *window)
         return;
     const bool other = currentWindow != window;
     currentWindow = window;
+    if (layersDialog && window && window->isActiveWindow())
+        layersDialog->raise(); // above the picture that it is to be seen with
     if (!other && window)
         return;
     areaStale = true;
@@ -306,10 +318,7 @@ void MainWindow::recordFrameMargins(imgWindow *window)
 {
     if (!window)
         return;
-    const QRect outer = window->frameGeometry();
-    const QRect inner = window->geometry();
-    frameMargins = QMargins(inner.left() - outer.left(), inner.top() - outer.top(),
-                            outer.right() - inner.right(), outer.bottom() - inner.bottom());
+    frameMargins = marginsOf(*window);
 }
 
 void MainWindow::showNewImageDialog()

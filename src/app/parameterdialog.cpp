@@ -17,6 +17,7 @@
 #include <QSlider>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 
 namespace
@@ -58,6 +59,7 @@ void ParameterDialog::addRow(const char *name, const QString &caption, QWidget *
     auto *label = new QLabel(caption + QLatin1Char(':'));
     label->setBuddy(field);
     form->addRow(label, row ? row : field);
+    fields.push_back(field);
 }
 
 void ParameterDialog::addNumber(const char *name, const QString &caption, double shown,
@@ -70,10 +72,13 @@ void ParameterDialog::addNumber(const char *name, const QString &caption, double
     spin->setSuffix(range.suffix);
     spin->setValue(shown * range.scale);
     spin->setToolTip(tip);
+    spins.push_back(spin);
+    const double low = range.reach > 0 ? std::max(range.low, -range.reach) : range.low;
+    const double high = range.reach > 0 ? std::min(range.high, range.reach) : range.high;
     // As fine as the field, unless that would be finer than a mouse can be moved.
     const double fine = std::pow(10.0, range.decimals);
-    const double steps = std::min((range.high - range.low) * fine, kMostSliderSteps);
-    const double perStep = (range.high - range.low) / steps;
+    const double steps = std::min((high - low) * fine, kMostSliderSteps);
+    const double perStep = (high - low) / steps;
     auto *slider = new QSlider(Qt::Horizontal);
     slider->setObjectName(QLatin1String(name) + QStringLiteral("Slider"));
     slider->setAccessibleName(caption);
@@ -81,19 +86,20 @@ void ParameterDialog::addNumber(const char *name, const QString &caption, double
     slider->setRange(0, int(steps));
     slider->setPageStep(std::max(1, int(steps / 10)));
     slider->setMinimumWidth(kSliderWidth);
-    const auto follow = [slider, perStep, range](double value) {
+    const auto follow = [slider, perStep, low](double value) {
         const QSignalBlocker quiet(slider);
-        slider->setValue(qRound((value - range.low) / perStep));
+        slider->setValue(qRound((value - low) / perStep));
     };
     follow(spin->value());
     connect(spin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), slider, follow);
     connect(slider, &QSlider::valueChanged, spin,
-            [spin, perStep, range](int at) { spin->setValue(range.low + at * perStep); });
+            [spin, perStep, low](int at) { spin->setValue(low + at * perStep); });
     auto *row = new QWidget;
     auto *line = new QHBoxLayout(row);
     line->setContentsMargins(0, 0, 0, 0);
     line->addWidget(slider, 1);
     line->addWidget(spin);
+    fields.push_back(slider);
     addRow(name, caption, spin, row);
     const double scale = range.scale;
     writers.emplace_back([spin, set, scale]() { set(spin->value() / scale); });
@@ -120,6 +126,7 @@ void ParameterDialog::check(const char *name, const QString &caption, bool *valu
     box->setToolTip(tip);
     box->setChecked(*value);
     form->addRow(QString(), box);
+    fields.push_back(box);
     writers.emplace_back([box, value]() { *value = box->isChecked(); });
 }
 
@@ -181,6 +188,16 @@ void ParameterDialog::fontFamily(const char *name, const QString &caption, QStri
 
 bool ParameterDialog::ask()
 {
+    // The buttons were there before the fields, and Tab would start with them.
+    for (size_t i = 1; i < fields.size(); ++i)
+        setTabOrder(fields[i - 1], fields[i]);
+    setTabOrder(fields.back(), goOnButton);
+    fields.front()->setFocus();
+    int widest = 0;
+    for (const QDoubleSpinBox *spin : spins)
+        widest = std::max(widest, spin->sizeHint().width());
+    for (QDoubleSpinBox *spin : spins)
+        spin->setMinimumWidth(widest); // and the sliders beside them end in one line
     if (exec() != QDialog::Accepted)
         return false;
     for (const auto &write : writers)

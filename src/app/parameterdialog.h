@@ -7,6 +7,7 @@
 #include <functional>
 #include <vector>
 
+class QDoubleSpinBox;
 class QFormLayout;
 class QPushButton;
 
@@ -26,6 +27,7 @@ public:
         int decimals = 0;
         QString suffix;
         double scale = 1.0; ///< of what is shown to the variable: 100 for percentages
+        double reach = 0;   ///< the slider goes this far from 0, the field all the way; 0: both
     };
     /// A slider and a field for the number.
     void number(const char *name, const QString &caption, double *value, const Range &range,
@@ -53,4 +55,6 @@ private:
     QFormLayout *form;
     QPushButton *goOnButton;
     std::vector<std::function<void()>> writers;
+    std::vector<QDoubleSpinBox *> spins;
+    std::vector<QWidget *> fields; ///< in the order that Tab takes
 };
