@@ -61,7 +61,7 @@ QByteArray FieldReader::data()
 {
     if (currentLength > kLongestText)
         return {};
-    const QByteArray bytes = in->read(currentLength);
+    QByteArray bytes = in->read(currentLength);
     isCut = isCut || bytes.size() < currentLength;
     return bytes;
 }
