@@ -232,7 +232,11 @@ void MainWindow::showSaveDialog(imgWindow *window, bool flat)
     image *stack = masterOf(shown);
     image *img = stack ? stack : shown;
     const bool layered = stack && !flat;
-    const QString folder = img->folder.isEmpty() ? saveFileBag.record.folder : img->folder;
+    QString folder = img->folder;
+    for (const image *layer : qAsConst(img->layers)) // a new stack: where its pictures are
+        folder = folder.isEmpty() ? layer->folder : folder;
+    if (folder.isEmpty())
+        folder = saveFileBag.record.folder;
     QFileDialog dialog(window, stack && flat ? tr("Save Flattened Copy") : tr("Save Image"), folder,
                        layered ? tr(kLayeredForm) : saveFileBag.filters);
     dialog.setAcceptMode(QFileDialog::AcceptSave);

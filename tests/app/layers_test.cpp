@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/layeranimation.h"
 #include "app/layerlist.h"
 #include "app/layers.h"
 #include "apphelpers.h"
@@ -10,6 +11,9 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
+#include <QFileDialog>
+#include <QImageReader>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSlider>
@@ -302,7 +306,10 @@ TEST_F(LayersTest, NewLayersAreSelectedAndStandBesideTheirSource)
     dialog->selectLayer(one);
     click("embossEffect");
     EXPECT_EQ(master->layers.indexOf(dialog->selected()), 2) << "relief lies above";
-    EXPECT_EQ(accepter.accepted, 2);
+    click("gentext");
+    EXPECT_EQ(dialog->selected()->name, "Text");
+    EXPECT_EQ(dialog->selected()->xOffset, (master->width - dialog->selected()->width) / 2);
+    EXPECT_EQ(accepter.accepted, 3);
     EXPECT_TRUE(marked());
 }
 
@@ -374,6 +381,50 @@ TEST_F(LayersTest, DialogLeavesAMasterThatGoes)
     main->layersDialog->on_create_clicked();
     main->layersDialog->on_higher_clicked();
     main->layersDialog->drawPictures();
+}
+
+TEST_F(LayersTest, AnimationShowsEachVisibleLayerAlone)
+{
+    image *hidden = cloneLayer(two);
+    hidden->visible = false;
+    two->layerMode = kMultiplyMode; // which would be black with nothing below
+    two->localStack = true;
+    const QString path = folder.filePath("frames.gif");
+    QString error;
+    ASSERT_TRUE(writeLayerAnimation(master, GifAnimation(), path, &error)) << error.toStdString();
+    QImageReader reader(path);
+    EXPECT_EQ(reader.imageCount(), 2);
+    EXPECT_EQ(reader.read().pixel(0, 0), 0xFF804020U);
+    const QImage second = reader.read();
+    EXPECT_EQ(second.pixel(0, 0), 0xFF2040C0U);
+    EXPECT_EQ(second.size(), QSize(40, 30)) << "frames are of the master's size";
+    EXPECT_TRUE(two->visible && two->localStack && !hidden->visible && one->visible);
+    EXPECT_EQ(two->layerMode, int(kMultiplyMode));
+    EXPECT_TRUE(master->needsRebuild);
+}
+
+TEST_F(LayersTest, FlattenedCopyIsComposedAndLeavesTheStackUnsaved)
+{
+    two->visible = false;
+    master->needsRebuild = master->changed = true; // not painted since
+    main->showPart(two);                           // the copy is of the stack all the same
+    int sightings = 0;
+    QTimer poller;
+    QObject::connect(&poller, &QTimer::timeout, [&sightings]() {
+        auto *files = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        // Its first events complete the name by themselves and would undo what is typed.
+        if (!files || ++sightings != 3)
+            return;
+        auto *edit = files->findChild<QLineEdit *>("fileNameEdit");
+        edit->selectAll();
+        QTest::keyClicks(edit, "flat.png");
+        QTest::keyClick(edit, Qt::Key_Return);
+    });
+    poller.start(10);
+    action("actionSave_Flattened")->trigger();
+    EXPECT_EQ(QImage(folder.filePath("flat.png")).pixel(5, 5), 0xFF804020U);
+    EXPECT_TRUE(master->hasUnsavedChanges());
+    EXPECT_EQ(MainWindow::fileNameFor(master->name), "one");
 }
 
 TEST_F(LayersTest, SavedStackOpensWithAWindowForEachLayer)
