@@ -316,10 +316,11 @@ void Layers::on_gifAnim_clicked()
                            tr("Each visible layer becomes a frame of a GIF file, in its place and "
                               "from the bottom up."),
                            tr("Write…"), this);
-    dialog.whole("delay", tr("Delay"), &animation.delay, {0, 65535, 0, QString(), 1, 200},
-                 tr("Hundredths of a second that each frame is seen"));
-    dialog.whole("repeats", tr("Repeats"), &animation.repeats, {0, 65535, 0, QString(), 1, 20},
-                 tr("0: for ever"));
+    dialog.whole("delay", tr("Delay"), &animation.delay, {0, 655.35, 2, tr(" s"), 0.01, 2},
+                 tr("Seconds that each frame is seen"));
+    dialog.whole("repeats", tr("Repeats"), &animation.repeats,
+                 {0, 65535, 0, QString(), 1, 20, tr("for ever")},
+                 tr("How often the animation plays again"));
     dialog.whole("colors", tr("Colours"), &animation.colors, {2, 256, 0, QString(), 1},
                  tr("The most that a frame may have"));
     dialog.check("dither", tr("Dither where colours are reduced"), &animation.dither,

@@ -70,6 +70,7 @@ void ParameterDialog::addNumber(const char *name, const QString &caption, double
     spin->setDecimals(range.decimals);
     spin->setRange(range.low, range.high);
     spin->setSuffix(range.suffix);
+    spin->setSpecialValueText(range.lowText);
     spin->setValue(shown * range.scale);
     spin->setToolTip(tip);
     spins.push_back(spin);

@@ -28,6 +28,7 @@ public:
         QString suffix;
         double scale = 1.0; ///< of what is shown to the variable: 100 for percentages
         double reach = 0;   ///< the slider goes this far from 0, the field all the way; 0: both
+        QString lowText = QString(); ///< shown instead of the lowest number
     };
     /// A slider and a field for the number.
     void number(const char *name, const QString &caption, double *value, const Range &range,
