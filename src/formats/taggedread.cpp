@@ -26,7 +26,8 @@ constexpr int kTellMilliseconds = 50;
 /// What reading goes on with after a field.
 enum class Step { GoOn, GiveUp };
 
-/// Holds the pictures of one file against what its bytes can justify.
+/// Holds the pictures of one file, and the work of composing them, against what its bytes can
+/// justify.
 class PixelBudget
 {
 public:
@@ -38,7 +39,8 @@ public:
         // A zlib stream is at least a 1032nd of its content, a pixel has eight bytes.
         constexpr int64_t pixelsPerByte = 130;
         stored += pixels;
-        return fileCanHold(stored, bytes, pixelsPerByte) && memoryHolds();
+        work += composed;
+        return fileCanHold(stored, bytes, pixelsPerByte) && memoryHolds() && workIsJustified();
     }
     /// A master has no planes of its own in the file: its layers may well be smaller.
     bool allowsComposed(int64_t pixels)
@@ -50,13 +52,21 @@ public:
     }
 
 private:
+    /// Composing may pass over the whole master for each layer, however small that is. A
+    /// layer with all its fields has a thousand bytes, one of the master's size far more.
+    bool workIsJustified() const
+    {
+        constexpr int64_t harmless = int64_t(512) << 20;
+        constexpr int64_t pixelsPerByte = 8192;
+        return work <= harmless || work / pixelsPerByte <= bytes;
+    }
     bool memoryHolds() const
     {
         constexpr int64_t readerBytes = 2;
         return memoryCanHold(stored + composed, readerBytes);
     }
 
-    int64_t bytes, stored = 0, composed = 0;
+    int64_t bytes, stored = 0, composed = 0, work = 0;
 };
 
 /// The value of each rule of a list as read so far.

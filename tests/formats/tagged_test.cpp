@@ -422,6 +422,12 @@ TEST_F(TaggedTest, RefusedFilesLeaveNothing)
         {"TooWide", sized(32768, 1)},
         {"GigabytesFromAFewBytes", sized(32767, 32767)},
         {"ManyLayersFromAFewBytes", kStackHeader + masterBytes(*s.master) + big.repeated(100)},
+        {"WorkForMinutesFromAFewBytes",
+         kStackHeader + field("MASTERXD", number(8000)) + field("MASTERYD", number(8000)) +
+             field("MAST_KEY") +
+             (field("LAY_XWID", number(9)) + field("LAY_YWID", number(9)) + field("LAYERKEY") +
+              field("LAYERBLD"))
+                 .repeated(50)},
         {"HugeMaster", kStackHeader + field("MASTERXD", number(32767)) +
                            field("MASTERYD", number(32767)) + field("MAST_KEY")},
         {"LengthBeyondTheFile", kAtomicHeader + "ATO_NAME" + number(INT64_MAX) + "x"},
