@@ -56,7 +56,7 @@ private:
     /// layer with all its fields has a thousand bytes, one of the master's size far more.
     bool workIsJustified() const
     {
-        constexpr int64_t harmless = int64_t(512) << 20;
+        constexpr int64_t harmless = int64_t(256) << 20;
         constexpr int64_t pixelsPerByte = 8192;
         return work <= harmless || work / pixelsPerByte <= bytes;
     }
