@@ -202,6 +202,7 @@ private:
     bool saveTo(FileRecord record, image *img, bool flat);
 
     // mainwindow_layers.cpp
+    image *operated(image *img);
     void showLayers();
     void showStack(image *master, const FileRecord &record);
     void leaveMaster(const image *master);

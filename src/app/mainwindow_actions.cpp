@@ -140,19 +140,38 @@ void MainWindow::operate()
     on_operate_clicked();
 }
 
+/// What the current operator works on from a window of this image: a master is composed
+/// anew at any time, so what would change its samples goes to its target. Null, and told,
+/// if there is none.
+image *MainWindow::operated(image *img)
+{
+    if (img->kind != 1 || table->currentOp == 0 || OperatorTable::allowedOnMaster(table->currentOp))
+        return img;
+    if (img->target && img->layers.contains(img->target) && validImage(img->target)) {
+        img->changed = true; // a layer without a window would not be asked about
+        return img->target;
+    }
+    statusText(tr("No target assigned: choose one in the layer dialog"));
+    return nullptr;
+}
+
 void MainWindow::on_operate_clicked()
 {
     imgWindow *window = validCurrent();
     if (!window || busy > 0)
         return;
-    if (window->img->kind != 1 && !invertSelection && !window->img->anyMaskSet())
-        statusText(tr("Nothing selected (F1 selects all)"));
+    image *img = operated(window->img);
+    if (!img)
+        return;
+    if (img->kind != 1 && !invertSelection && !img->anyMaskSet())
+        statusText(img == window->img ? tr("Nothing selected (F1 selects all)")
+                                      : tr("Nothing selected in the target layer"));
     // Disabling the button that was pressed would hand the keyboard to its neighbour.
     const QPointer<QWidget> focused = QApplication::focusWidget();
     {
         BusyGuard guard(busy);
         updateEnabledStates();
-        window->applyHere();
+        window->prepareAndApply(img);
     }
     updateEnabledStates();
     if (focused)
@@ -165,7 +184,9 @@ void MainWindow::on_actionApply_Again_triggered()
     const imgWindow *window = validCurrent();
     if (!window || busy > 0 || table->currentOp == 0)
         return;
-    image *img = window->img;
+    image *img = operated(window->img);
+    if (!img)
+        return;
     {
         BusyGuard guard(busy);
         updateEnabledStates();

@@ -278,6 +278,25 @@ TEST_F(LayersTest, TargetIsShownToTheLetter)
     EXPECT_FALSE(control("detach")->isEnabled()) << "the last layer stays";
 }
 
+TEST_F(LayersTest, OperatorsAndUndoOfTheMasterGoToTheTarget)
+{
+    useOperator(*main, "negative");
+    main->showPart(master);
+    one->fillGmask(65535);
+    const ImagePtr before = copyOf(*one);
+    main->on_operate_clicked();
+    EXPECT_TRUE(sameColors(*one, *before)) << "no target: told in the status line";
+    dialog->selectLayer(one);
+    click("assignTarget");
+    main->on_operate_clicked();
+    EXPECT_EQ(one->red[0], 65535 - before->red[0]);
+    EXPECT_TRUE(marked());
+    EXPECT_EQ(main->validCurrent()->img, master);
+    main->on_actionUndo_triggered();
+    EXPECT_TRUE(sameColors(*one, *before));
+    EXPECT_TRUE(master->needsRebuild);
+}
+
 TEST_F(LayersTest, NewLayersAreSelectedAndStandBesideTheirSource)
 {
     click("create");
