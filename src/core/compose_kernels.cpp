@@ -11,16 +11,37 @@ namespace
 // Loops stand in functions of their own: only parameters can promise the compiler that
 // planes do not overlap, without which it builds no vector code.
 
-template <class Mode, class Sample>
-void mixChannel(const Sample *__restrict over, const double *__restrict k,
-                const uint16_t *__restrict under, int count, double factor,
-                double *__restrict squares)
+template <class Mode>
+KESTRANE_ALWAYS_INLINE Lanes mixedLanes(Lanes over, Lanes under, Lanes k, double factor)
 {
-    for (int x = 0; x < count; ++x) {
-        const double o = real(over[x]), u = real(under[x]);
-        const double mixed = mixedSquare(Mode::value(o, u, factor), u, k[x]);
-        squares[x] = Mode::applies(o, u) ? mixed : u * u;
+    const Lanes mixed = mixedSquare(Mode::value(over, under, factor), under, k);
+    if constexpr (Mode::conditional) {
+        const Lanes kept = under * under;
+        return Mode::applies(over, under) ? mixed : kept;
+    } else {
+        return mixed;
     }
+}
+
+template <class Mode, class Sample>
+void mixChannel(const Sample *over, const double *k, uint16_t *under, int count, double factor)
+{
+    eachGroup(
+        count,
+        [=](int x) KESTRANE_INLINE_LAMBDA {
+            storeRoots(mixedLanes<Mode>(loadLanes(over + x), loadLanes(under + x), loadLanes(k + x),
+                                        factor),
+                       under + x);
+        },
+        [=](int x) KESTRANE_INLINE_LAMBDA {
+            const int size = count - x;
+            uint16_t result[kLanes];
+            storeRoots(mixedLanes<Mode>(loadLanes(LastGroup(over + x, size).values),
+                                        loadLanes(LastGroup(under + x, size).values),
+                                        loadLanes(LastGroup(k + x, size).values), factor),
+                       result);
+            std::copy(result, result + size, under + x);
+        });
 }
 
 /// Where nothing of the old value stays, the mix gives back the new one exactly.
@@ -30,7 +51,11 @@ void storeChannel(const uint16_t *__restrict over, uint16_t *__restrict under, i
 {
     for (int x = 0; x < count; ++x) {
         const double o = real(over[x]), u = real(under[x]);
-        under[x] = stored(Mode::applies(o, u) ? std::fabs(Mode::value(o, u, factor)) : u);
+        const double fresh = std::fabs(Mode::value(o, u, factor));
+        if constexpr (Mode::conditional)
+            under[x] = stored(Mode::applies(o, u) ? fresh : u);
+        else
+            under[x] = stored(fresh);
     }
 }
 
@@ -50,13 +75,10 @@ void channelSpan(const Span<Sample> &span)
             return;
         }
     double k[kSpanPixels];
-    Squares squares;
     fillKept(span.over[3], span.count, span.opacity, k);
     for (int c = 0; c < 3; ++c)
-        if (Mode::channels >> c & 1) {
-            mixChannel<Mode>(span.over[c], k, span.under[c], span.count, span.factor, squares);
-            storeRoots(squares, span.count, span.under[c]);
-        }
+        if (Mode::channels >> c & 1)
+            mixChannel<Mode>(span.over[c], k, span.under[c], span.count, span.factor);
     if (Mode::mixesAlpha)
         mixAlpha(span.over[3], k, span.under[3], span.count);
 }
@@ -73,14 +95,11 @@ void behindAlpha(const Sample *__restrict over, const double *__restrict k,
 template <class Sample>
 void behindSpan(const Span<Sample> &span)
 {
-    double k[kSpanPixels];
+    double k[kSpanPixels] = {};
     for (int x = 0; x < span.count; ++x)
         k[x] = share(span.under[3][x]);
-    Squares squares;
-    for (int c = 0; c < 3; ++c) {
-        mixChannel<Normal>(span.over[c], k, span.under[c], span.count, span.factor, squares);
-        storeRoots(squares, span.count, span.under[c]);
-    }
+    for (int c = 0; c < 3; ++c)
+        mixChannel<Normal>(span.over[c], k, span.under[c], span.count, span.factor);
     behindAlpha(span.over[3], k, span.under[3], span.count, span.opacity);
 }
 
@@ -168,7 +187,7 @@ SpanFunctions channelModeSpans(int mode)
     case 27:
         return channelFunctions<Averaged>();
     case 36:
-        return channelFunctions<Overlay>();
+        return {channelSpan<WholeOverlay, uint16_t>, channelSpan<Overlay, double>};
     case 37:
         return {behindSpan<uint16_t>, behindSpan<double>};
     case 38:

@@ -7,21 +7,13 @@ using namespace composespan;
 
 namespace
 {
-/// A span's pixels as doubles. Loops over many planes of 16-bit samples get poor vector
-/// code; over doubles alone they get good code, which pays for the detour.
+/// A span's pixels as doubles.
 struct RealPixels {
     double red[kSpanPixels], green[kSpanPixels], blue[kSpanPixels], alpha[kSpanPixels];
 };
 
 template <class Sample>
-void toReals(const Sample *__restrict from, int count, double *__restrict to)
-{
-    for (int x = 0; x < count; ++x)
-        to[x] = real(from[x]);
-}
-
-template <class Sample>
-void toReals(const Sample *const (&planes)[4], int count, RealPixels *out)
+void planesToReals(const Sample *const (&planes)[4], int count, RealPixels *out)
 {
     toReals(planes[0], count, out->red);
     toReals(planes[1], count, out->green);
@@ -29,23 +21,17 @@ void toReals(const Sample *const (&planes)[4], int count, RealPixels *out)
     toReals(planes[3], count, out->alpha);
 }
 
-void storeReals(const double *__restrict from, uint16_t *__restrict to, int count)
-{
-    for (int x = 0; x < count; ++x)
-        to[x] = stored(from[x]);
-}
-
 /// What lies below a span.
 template <class Sample>
 void underToReals(const Span<Sample> &span, RealPixels *out)
 {
     const uint16_t *const planes[4] = {span.under[0], span.under[1], span.under[2], span.under[3]};
-    toReals(planes, span.count, out);
+    planesToReals(planes, span.count, out);
 }
 
 /// Squares of the three channels, and alpha as it becomes.
 struct MixedPixels {
-    Squares red, green, blue;
+    Reals red, green, blue;
     double alpha[kSpanPixels];
 };
 
@@ -78,6 +64,12 @@ void mixPixels(const RealPixels &__restrict layer, const RealPixels &__restrict 
     }
 }
 
+void storeAlpha(const double *__restrict from, int count, uint16_t *__restrict alpha)
+{
+    for (int x = 0; x < count; ++x)
+        alpha[x] = stored(from[x]);
+}
+
 template <class Mode, class Sample>
 void pixelSpan(const Span<Sample> &span)
 {
@@ -87,14 +79,14 @@ void pixelSpan(const Span<Sample> &span)
     RealPixels layer, below;
     MixedPixels mixed;
     fillKept(span.over[3], span.count, span.opacity, k);
-    toReals(span.over, span.count, &layer);
+    planesToReals(span.over, span.count, &layer);
     underToReals(span, &below);
     mixPixels<Mode>(layer, below, k, span.count, &mixed);
-    Squares *const squares[3] = {&mixed.red, &mixed.green, &mixed.blue};
+    Reals *const squares[3] = {&mixed.red, &mixed.green, &mixed.blue};
     for (int c = 0; c < 3; ++c)
         if (Mode::channels >> c & 1)
-            storeRoots(*squares[c], span.count, span.under[c]);
-    storeReals(mixed.alpha, span.under[3], span.count);
+            rootsOf(*squares[c], span.count, span.under[c]);
+    storeAlpha(mixed.alpha, span.count, span.under[3]);
 }
 
 template <class Sample>
@@ -156,12 +148,12 @@ void boardSpan(const Span<Sample> &span)
 {
     RealPixels layer, below;
     MixedPixels mixed;
-    toReals(span.over, span.count, &layer);
+    planesToReals(span.over, span.count, &layer);
     underToReals(span, &below);
     boardPixels(layer, below, 1.0 - span.opacity, span.count, &mixed);
-    storeRoots(mixed.red, span.count, span.under[0]);
-    storeRoots(mixed.green, span.count, span.under[1]);
-    storeRoots(mixed.blue, span.count, span.under[2]);
+    rootsOf(mixed.red, span.count, span.under[0]);
+    rootsOf(mixed.green, span.count, span.under[1]);
+    rootsOf(mixed.blue, span.count, span.under[2]);
 }
 
 template <class Sample>

@@ -2,12 +2,15 @@
 #pragma once
 
 #include "core/colour_inline.h"
+#include "core/composelanes_inline.h"
 
 /// The layer modes as pure functions of samples. `over` is the layer, `under` what lies
 /// below it, both 0 to 65535 in doubles; the result is the new value that the row loop
 /// mixes in. Only for compose kernels: everything is always inlined.
 namespace composemodes
 {
+using composelanes::all, composelanes::greaterOf, composelanes::limited;
+
 constexpr double kFull = 65535.0;
 constexpr double kHalf = 32768.0;
 /// 1 / 65535 as the formulas of the modes have it; both spellings are part of the result.
@@ -28,17 +31,22 @@ KESTRANE_ALWAYS_INLINE double luma(Rgb c)
 enum Channels : unsigned { kRed = 1, kGreen = 2, kBlue = 4, kAll = 7 };
 
 // --- One channel at a time ---------------------------------------------------------------
+// These work on one double or on several lanes of them.
 
 /// What a channel mode has unless it says otherwise.
 struct ChannelMode {
     static constexpr bool mixesAlpha = true;
     static constexpr unsigned channels = kAll;
-    /// Where this is false the channel stays as it is.
-    KESTRANE_MODE bool applies(double, double) { return true; }
+    /// Some modes change a channel only where `applies` holds.
+    static constexpr bool conditional = false;
 };
 
 struct Normal : ChannelMode {
-    KESTRANE_MODE double value(double over, double, double) { return over; }
+    template <class V>
+    KESTRANE_MODE V value(V over, V, double)
+    {
+        return over;
+    }
 };
 struct OnlyRed : Normal {
     static constexpr unsigned channels = kRed;
@@ -54,99 +62,149 @@ struct Averaged : Normal {
     static constexpr bool mixesAlpha = false;
 };
 struct Add : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(over + under);
+        return limited(over + under);
     }
 };
 struct AbsSubtract : ChannelMode {
     /// Negative values stand for their magnitude: mixing squares them.
-    KESTRANE_MODE double value(double over, double under, double) { return under - over; }
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
+    {
+        return under - over;
+    }
 };
 struct Subtract : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(under - over);
+        return limited(under - over);
     }
 };
 struct AddGrey : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(over - kHalf + under);
+        return limited(over - kHalf + under);
     }
 };
 struct Multiply : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(over * kPerFull * under);
+        return limited(over * kPerFull * under);
     }
 };
 struct Dodge : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        const double lit = clampSampleValue(under + over * under / greater(1.0, under));
-        return over == 0.0 ? under : lit;
+        const V lit = limited(under + over * under / greaterOf(all<V>(1.0), under));
+        return over == all<V>(0.0) ? under : lit;
     }
 };
 struct Burn : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        const double burnt = clampSampleValue(under - (kFull - over));
-        return over == kFull ? under : burnt;
+        const V burnt = limited(under - (kFull - over));
+        return over == all<V>(kFull) ? under : burnt;
     }
 };
 struct Screen : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
         return kFull - (kFull - over) * (kFull - under) * kPerFullFine;
     }
 };
 struct Overlay : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        // One division serves both cases.
-        const bool light = under >= kHalf;
-        const double product = light ? (kFull - under) * (kFull - over) : over * (2.0 * under);
-        const double scaled = product / kFull;
-        return light ? kFull - scaled : scaled;
+        return of(over, under, product(over, under) / kFull);
+    }
+    /// One division serves both cases.
+    template <class V>
+    KESTRANE_MODE V product(V over, V under)
+    {
+        const V light = (kFull - under) * (kFull - over);
+        const V dark = over * (2.0 * under);
+        return under >= all<V>(kHalf) ? light : dark;
+    }
+    template <class V>
+    KESTRANE_MODE V of(V, V under, V scaled)
+    {
+        const V inverted = kFull - scaled;
+        return under >= all<V>(kHalf) ? inverted : scaled;
+    }
+};
+/// For samples that are whole numbers: their product is one of 32 bits at most, which
+/// divided by 65535 repeats itself every 16 bits. Two exact products hold the first four
+/// repetitions and the third the next. No such quotient lies closer to the middle of two
+/// doubles than the rest is worth, so the sum is the quotient to the last bit.
+struct WholeOverlay : Overlay {
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
+    {
+        constexpr double first = 0x1p-16 + 0x1p-32, next = 0x1p-48 + 0x1p-64, rest = 0x1p-80;
+        const V p = product(over, under);
+        return of(over, under, p * first + (p * next + p * rest));
     }
 };
 struct Divide : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(((1.0 - over * kPerFull) + 1.0) * under);
+        return limited(((1.0 - over * kPerFull) + 1.0) * under);
     }
 };
 struct Brightness : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(2.0 * over * kPerFull * under);
+        return limited(2.0 * over * kPerFull * under);
     }
 };
 struct Contrast : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(2.0 * over * kPerFull * (under - kHalf) + kHalf);
+        return limited(2.0 * over * kPerFull * (under - kHalf) + kHalf);
     }
 };
 struct Drive : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double factor)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double factor)
     {
-        const double gain = (over * kPerFull - 0.5) * 8.0 * factor + 1.0;
-        return clampSampleValue(gain * (under - kHalf) + kHalf);
+        const V gain = (over * kPerFull - 0.5) * 8.0 * factor + 1.0;
+        return limited(gain * (under - kHalf) + kHalf);
     }
 };
 struct Difference : ChannelMode {
-    KESTRANE_MODE double value(double over, double under, double)
+    template <class V>
+    KESTRANE_MODE V value(V over, V under, double)
     {
-        return clampSampleValue(under - over + kHalf);
+        return limited(under - over + kHalf);
     }
 };
 struct Dominate : Normal {
-    KESTRANE_MODE bool applies(double over, double under) { return under < over; }
+    static constexpr bool conditional = true;
+    template <class V>
+    KESTRANE_MODE auto applies(V over, V under)
+    {
+        return under < over;
+    }
 };
 struct Submit : Normal {
-    KESTRANE_MODE bool applies(double over, double under) { return over < under; }
+    static constexpr bool conditional = true;
+    template <class V>
+    KESTRANE_MODE auto applies(V over, V under)
+    {
+        return over < under;
+    }
 };
 
 // --- All channels of a pixel together ------------------------------------------------------
