@@ -128,7 +128,13 @@ constexpr SpanFunctions bitFunctions()
     return {bitSpan<Mode, uint16_t>, bitSpan<Mode, double>};
 }
 
-/// One compare and exchange of a stable bubble sort, for all pixels of a span at once.
+void meanSamples(const uint16_t *__restrict red, const uint16_t *__restrict green,
+                 const uint16_t *__restrict blue, int count, double *__restrict means)
+{
+    for (int x = 0; x < count; ++x)
+        means[x] = mean({real(red[x]), real(green[x]), real(blue[x])});
+}
+
 void exchange(double *__restrict mean, double *__restrict nextMean, double *__restrict order,
               double *__restrict nextOrder, int count)
 {
@@ -230,15 +236,15 @@ void yrbSpan(const double *const from[3], double *const to[3], int count)
     std::copy(blue, blue + count, to[2]);
 }
 
-void sortMeans(double *means, double *order, int layers, int count)
+void meansOfPlanes(const uint16_t *red, const uint16_t *green, const uint16_t *blue, int count,
+                   double *means)
 {
-    for (int i = 0; i < layers; ++i)
-        std::fill(order + int64_t(i) * kSpanPixels, order + int64_t(i) * kSpanPixels + count, i);
-    for (int done = 1; done < layers; ++done)
-        for (int i = 0; i < layers - done; ++i) {
-            double *mean = means + int64_t(i) * kSpanPixels;
-            double *place = order + int64_t(i) * kSpanPixels;
-            exchange(mean, mean + kSpanPixels, place, place + kSpanPixels, count);
-        }
+    meanSamples(red, green, blue, count, means);
+}
+
+void exchangeMeans(double *first, double *second, double *firstOrder, double *secondOrder,
+                   int count)
+{
+    exchange(first, second, firstOrder, secondOrder, count);
 }
 } // namespace KERNEL_NAMESPACE

@@ -38,8 +38,12 @@ DECLARE_KERNEL(SpanFunctions, pixelModeSpans, (int mode))
 /// Turns luma, red and blue of the YRB encoding to red, green and blue, in place or not.
 DECLARE_KERNEL(void, yrbSpan, (const double *const from[3], double *const to[3], int count))
 
-/// Median of a span: of `layers` samples of each pixel, sorted by the mean of their
-/// channels, the index of the middle one, or of the two middle ones (the same twice for an
-/// odd number). means[i * kSpanPixels + x] is layer i's mean at x, and infinite where it
-/// does not cover the pixel; order has room for as many entries and is scratch.
-DECLARE_KERNEL(void, sortMeans, (double *means, double *order, int layers, int count))
+/// The mean of the three colours of each pixel.
+DECLARE_KERNEL(void, meansOfPlanes,
+               (const uint16_t *red, const uint16_t *green, const uint16_t *blue, int count,
+                double *means))
+
+/// One compare and exchange of a stable sort for all pixels of a span: where the first mean
+/// is greater than the second, means and their places in the order change places.
+DECLARE_KERNEL(void, exchangeMeans,
+               (double *first, double *second, double *firstOrder, double *secondOrder, int count))

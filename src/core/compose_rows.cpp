@@ -9,6 +9,7 @@
 #include "core/warpfield.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <limits>
 #include <memory>
@@ -122,6 +123,17 @@ void blendFetched(const ComposeStep &step, image *destination, const Piece &piec
     step.blend.reals(span);
 }
 
+/// Asks for what the next piece of a row will read while this one is worked on: the
+/// processor does not foresee eight planes that are read in turns.
+template <int ToWrite, class Sample>
+void fetchAhead(Sample *const (&planes)[kChannels], int count)
+{
+    constexpr int lineSamples = 32;
+    for (Sample *plane : planes)
+        for (int x = 0; x < count; x += lineSamples)
+            __builtin_prefetch(plane + x, ToWrite);
+}
+
 void blendPiece(const ComposeStep &step, image *destination, const Piece &piece)
 {
     const PlacedLayer &layer = step.layer;
@@ -134,8 +146,12 @@ void blendPiece(const ComposeStep &step, image *destination, const Piece &piece)
     PlaneSpan span = spanOf<uint16_t>(step, destination, piece);
     const auto planes = layer.img->colorPlanes();
     const int64_t at = (piece.y - layer.top) * layer.img->width + piece.x - layer.left;
-    for (int c = 0; c < kChannels; ++c)
+    const uint16_t *next[kChannels];
+    for (int c = 0; c < kChannels; ++c) {
         span.over[c] = planes[c] + at;
+        next[c] = span.over[c] + kSpanPixels;
+    }
+    fetchAhead<0>(next, kSpanPixels);
     step.blend.planes(span);
 }
 
@@ -169,10 +185,66 @@ struct MedianRoom {
     {
     }
     explicit operator bool() const { return samples && means && order; }
+    double *meansOf(int layer) { return &means[int64_t(layer) * kSpanPixels]; }
+    double *orderOf(int layer) { return &order[int64_t(layer) * kSpanPixels]; }
+    /// The layer that has this rank at pixel x.
+    int ranked(int rank, int x) const { return int(order[int64_t(rank) * kSpanPixels + x]); }
 
     std::unique_ptr<Fetched[]> samples;
     std::unique_ptr<double[]> means, order;
+    std::vector<std::array<const uint16_t *, kChannels>> planes;
+    int sorted = 0; ///< how many layers stand sorted for the present piece already
 };
+
+/// Sorts one more layer, whose means stand behind the others', into the others.
+void sortInto(MedianRoom *room, int layer, int count)
+{
+    std::fill_n(room->orderOf(layer), count, double(layer));
+    for (int i = layer; i > 0; --i)
+        KERNEL_DISPATCH(exchangeMeans, room->meansOf(i - 1), room->meansOf(i), room->orderOf(i - 1),
+                        room->orderOf(i), count);
+}
+
+bool coversPlainly(const PlacedLayer &layer, const Piece &piece)
+{
+    return !layer.moved && !layer.yrb && piece.y >= layer.top &&
+           piece.y < layer.top + layer.img->height && piece.x >= layer.left &&
+           piece.x + piece.count <= layer.left + layer.img->width;
+}
+
+/// Where all layers lie plainly below the piece, their planes serve as they are, and a
+/// stack of medians sorts each layer only once.
+void plainMedian(const ComposeStep &step, image *destination, const Piece &piece, MedianRoom *room)
+{
+    const int layers = int(step.sources.size());
+    std::vector<std::array<const uint16_t *, kChannels>> &planes = room->planes;
+    planes.resize(size_t(layers));
+    for (int i = 0; i < layers; ++i) {
+        const PlacedLayer &source = step.sources[i];
+        const auto own = source.img->colorPlanes();
+        const int64_t at = (piece.y - source.top) * source.img->width + piece.x - source.left;
+        for (int c = 0; c < kChannels; ++c)
+            planes[i][c] = own[c] + at;
+    }
+    for (; room->sorted < layers; ++room->sorted) {
+        const auto &plane = planes[room->sorted];
+        KERNEL_DISPATCH(meansOfPlanes, plane[0], plane[1], plane[2], piece.count,
+                        room->meansOf(room->sorted));
+        sortInto(room, room->sorted, piece.count);
+    }
+    int32_t sums[kChannels][kSpanPixels];
+    for (int x = 0; x < piece.count; ++x) {
+        const auto &a = planes[room->ranked((layers - 1) / 2, x)];
+        const auto &b = planes[room->ranked(layers / 2, x)];
+        for (int c = 0; c < kChannels; ++c)
+            sums[c][x] = a[c][x] + b[c][x];
+    }
+    Fetched result;
+    for (int c = 0; c < kChannels; ++c)
+        for (int x = 0; x < piece.count; ++x)
+            result.channel[c][x] = sums[c][x] / 2.0;
+    blendFetched(step, destination, piece, result);
+}
 
 void writeMeans(const Fetched &samples, int count, double *means, int *covering)
 {
@@ -184,29 +256,32 @@ void writeMeans(const Fetched &samples, int count, double *means, int *covering)
     }
 }
 
-void medianPiece(const ComposeStep &step, image *destination, const Piece &piece,
-                 const MedianRoom &room)
+void medianPiece(const ComposeStep &step, image *destination, const Piece &piece, MedianRoom *room)
 {
+    if (std::all_of(step.sources.begin(), step.sources.end(),
+                    [&](const PlacedLayer &source) { return coversPlainly(source, piece); })) {
+        plainMedian(step, destination, piece, room);
+        return;
+    }
     const int layers = int(step.sources.size());
     int covering[kSpanPixels] = {};
     for (int i = 0; i < layers; ++i) {
-        fetch(step.sources[i], piece, &room.samples[i]);
-        writeMeans(room.samples[i], piece.count, &room.means[int64_t(i) * kSpanPixels], covering);
+        fetch(step.sources[i], piece, &room->samples[i]);
+        writeMeans(room->samples[i], piece.count, room->meansOf(i), covering);
+        sortInto(room, i, piece.count);
     }
-    KERNEL_DISPATCH(sortMeans, room.means.get(), room.order.get(), layers, piece.count);
+    room->sorted = 0;
     // Where the layer turned away from under its own rectangle its own samples stand in.
     PlacedLayer inPlace = step.layer;
     inPlace.moved = false;
     Fetched result;
     fetch(inPlace, piece, &result);
-    const auto sampleOf = [&](int rank, int x) {
-        return room.samples[int(room.order[int64_t(rank) * kSpanPixels + x])].at(x);
-    };
     for (int x = 0; x < piece.count; ++x) {
         const int n = covering[x];
         if (n == 0)
             continue;
-        const Rgba a = sampleOf((n - 1) / 2, x), b = sampleOf(n / 2, x);
+        const Rgba a = room->samples[room->ranked((n - 1) / 2, x)].at(x);
+        const Rgba b = room->samples[room->ranked(n / 2, x)].at(x);
         // An odd number has one middle: the mean of a value with itself is that value.
         setSample(&result, x,
                   {(a.red + b.red) / 2, (a.green + b.green) / 2, (a.blue + b.blue) / 2,
@@ -228,34 +303,61 @@ Columns columnsOf(const PlacedLayer &layer, const image &destination, int64_t y)
             std::clamp<int64_t>(layer.left + layer.img->width, 0, destination.width)};
 }
 
-void clearOutside(const ComposeStep &step, image *destination, int64_t y)
+/// The part of a piece that lies within some columns; empty if its count is not positive.
+Piece partOf(const Piece &piece, const Columns &columns)
 {
-    const Columns inside = columnsOf(step.layer, *destination, y);
-    uint16_t *row = destination->alpha + y * destination->width;
-    if (inside.first >= inside.end) {
-        std::fill(row, row + destination->width, uint16_t(0));
-        return;
-    }
-    std::fill(row, row + inside.first, uint16_t(0));
-    std::fill(row + inside.end, row + destination->width, uint16_t(0));
+    const int64_t first = std::max(piece.x, columns.first);
+    const int64_t end = std::min(piece.x + piece.count, columns.end);
+    return {first, piece.y, int(std::max<int64_t>(end - first, 0))};
 }
 
-void runRow(const ComposeStep &step, image *destination, int64_t y, const MedianRoom *room)
+void clearOutside(const ComposeStep &step, image *destination, const Piece &piece)
 {
-    if (step.kind == ComposeStep::Kind::ClearOutside) {
-        clearOutside(step, destination, y);
+    const Piece inside = partOf(piece, columnsOf(step.layer, *destination, piece.y));
+    uint16_t *row = destination->alpha + piece.y * destination->width;
+    const int64_t end = piece.x + piece.count;
+    if (inside.count == 0) {
+        std::fill(row + piece.x, row + end, uint16_t(0));
         return;
     }
-    const Columns columns = columnsOf(step.layer, *destination, y);
-    for (int64_t x = columns.first; x < columns.end; x += kSpanPixels) {
-        const Piece piece{x, y, int(std::min<int64_t>(kSpanPixels, columns.end - x))};
-        if (step.kind == ComposeStep::Kind::Blend)
-            blendPiece(step, destination, piece);
-        else if (step.kind == ComposeStep::Kind::Average)
-            averagePiece(step, destination, piece);
-        else if (room && *room)
-            medianPiece(step, destination, piece, *room);
+    std::fill(row + piece.x, row + inside.x, uint16_t(0));
+    std::fill(row + inside.x + inside.count, row + end, uint16_t(0));
+}
+
+void runPiece(const ComposeStep &step, image *destination, const Piece &piece, MedianRoom *room)
+{
+    if (step.kind == ComposeStep::Kind::ClearOutside) {
+        clearOutside(step, destination, piece);
+        return;
     }
+    const Piece part = partOf(piece, columnsOf(step.layer, *destination, piece.y));
+    if (part.count == 0)
+        return;
+    if (step.kind == ComposeStep::Kind::Blend) {
+        blendPiece(step, destination, part);
+    } else if (step.kind == ComposeStep::Kind::Average) {
+        averagePiece(step, destination, part);
+    } else if (room && *room) {
+        if (part.x != piece.x || part.count != piece.count)
+            room->sorted = 0; // what is sorted is of another place
+        medianPiece(step, destination, part, room);
+        if (part.x != piece.x || part.count != piece.count)
+            room->sorted = 0;
+    }
+}
+
+bool allOpaque(const uint16_t *alpha, int64_t count)
+{
+    constexpr int64_t atOnce = 512;
+    for (int64_t first = 0; first < count; first += atOnce) {
+        uint16_t common = kOpaque;
+        const int64_t end = std::min(first + atOnce, count);
+        for (int64_t x = first; x < end; ++x)
+            common &= alpha[x];
+        if (common != kOpaque)
+            return false;
+    }
+    return true;
 }
 
 /// Whether a step puts its layer's samples in the place of everything in a row.
@@ -266,40 +368,62 @@ bool replacesRow(const ComposeStep &step, const image &destination, int64_t y)
         layer.moved || layer.yrb)
         return false;
     const Columns columns = columnsOf(layer, destination, y);
-    if (columns.first != 0 || columns.end != destination.width)
-        return false;
-    const uint16_t *row = layer.img->alpha + (y - layer.top) * layer.img->width - layer.left;
-    return std::all_of(row, row + destination.width, [](uint16_t a) { return a == kOpaque; });
+    return columns.first == 0 && columns.end == destination.width &&
+           allOpaque(layer.img->alpha + (y - layer.top) * layer.img->width - layer.left,
+                     destination.width);
 }
 
-void copyRow(const PlacedLayer &layer, image *destination, int64_t y)
+/// The last step that replaces a whole row, below which nothing shows; -1 if there is none.
+int replacingStep(const std::vector<ComposeStep> &steps, const image &destination, int64_t y)
+{
+    for (int i = int(steps.size()) - 1; i >= 0; --i)
+        if (replacesRow(steps[i], destination, y))
+            return i;
+    return -1;
+}
+
+void copyPiece(const PlacedLayer &layer, image *destination, const Piece &piece)
 {
     const auto from = layer.img->colorPlanes();
-    const auto to = destination->colorPlanes();
-    const int64_t at = (y - layer.top) * layer.img->width - layer.left;
+    uint16_t *to[kChannels];
+    aimUnder(destination, piece, to);
+    const int64_t at = (piece.y - layer.top) * layer.img->width + piece.x - layer.left;
     for (int c = 0; c < kChannels; ++c)
-        std::copy(from[c] + at, from[c] + at + destination->width, to[c] + y * destination->width);
+        std::copy(from[c] + at, from[c] + at + piece.count, to[c]);
 }
 
-void clearRow(image *destination, int64_t y)
+void clearPiece(image *destination, const Piece &piece)
 {
-    for (uint16_t *plane : destination->colorPlanes())
-        std::fill(plane + y * destination->width, plane + (y + 1) * destination->width,
-                  uint16_t(0));
+    uint16_t *to[kChannels];
+    aimUnder(destination, piece, to);
+    for (uint16_t *plane : to)
+        std::fill(plane, plane + piece.count, uint16_t(0));
 }
 
-/// The first step that matters in a row: nothing shows of what lies below a step that
-/// replaces the whole row. 0 if there is none.
-size_t firstStep(const std::vector<ComposeStep> &steps, const image &destination, int64_t y,
-                 bool *replaces)
+/// A row goes through all steps piece by piece: a piece stays in the nearest cache.
+void runRow(const std::vector<ComposeStep> &steps, image *destination, int64_t y, bool clearFirst,
+            MedianRoom *room)
 {
-    for (size_t i = steps.size(); i-- > 0;)
-        if (replacesRow(steps[i], destination, y)) {
-            *replaces = true;
-            return i;
-        }
-    *replaces = false;
-    return 0;
+    const int base = replacingStep(steps, *destination, y);
+    const int width = destination->width;
+    if (base >= 0 && base + 1 == int(steps.size())) {
+        copyPiece(steps[base].layer, destination, {0, y, width});
+        return;
+    }
+    for (int x = 0; x < width; x += kSpanPixels) {
+        const Piece piece{x, y, std::min(kSpanPixels, width - x)};
+        uint16_t *next[kChannels];
+        aimUnder(destination, {x + kSpanPixels, y, 0}, next);
+        fetchAhead<1>(next, kSpanPixels);
+        if (base >= 0)
+            copyPiece(steps[base].layer, destination, piece);
+        else if (clearFirst)
+            clearPiece(destination, piece);
+        if (room)
+            room->sorted = 0;
+        for (size_t i = size_t(base + 1); i < steps.size(); ++i)
+            runPiece(steps[i], destination, piece, room);
+    }
 }
 
 size_t mostMedianSources(const std::vector<ComposeStep> &steps)
@@ -321,16 +445,8 @@ void runSteps(const std::vector<ComposeStep> &steps, image *destination, bool cl
                      std::unique_ptr<MedianRoom> room;
                      if (medianSources)
                          room = std::make_unique<MedianRoom>(medianSources);
-                     for (int64_t y = firstRow; y < endRow; ++y) {
-                         bool replaces;
-                         size_t i = firstStep(steps, *destination, y, &replaces);
-                         if (replaces)
-                             copyRow(steps[i++].layer, destination, y);
-                         else if (clearFirst)
-                             clearRow(destination, y);
-                         for (; i < steps.size(); ++i)
-                             runRow(steps[i], destination, y, room.get());
-                     }
+                     for (int64_t y = firstRow; y < endRow; ++y)
+                         runRow(steps, destination, y, clearFirst, room.get());
                  });
 }
 
