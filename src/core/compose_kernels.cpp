@@ -23,25 +23,47 @@ KESTRANE_ALWAYS_INLINE Lanes mixedLanes(Lanes over, Lanes under, Lanes k, double
     }
 }
 
-template <class Mode, class Sample>
-void mixChannel(const Sample *over, const double *k, uint16_t *under, int count, double factor)
+template <class Mode, int channel, class Sample>
+KESTRANE_ALWAYS_INLINE void mixOneChannel(const Sample *const (&over)[4],
+                                          uint16_t *const (&under)[4], int x, Lanes k,
+                                          double factor)
 {
-    eachGroup(
-        count,
-        [=](int x) KESTRANE_INLINE_LAMBDA {
-            storeRoots(mixedLanes<Mode>(loadLanes(over + x), loadLanes(under + x), loadLanes(k + x),
-                                        factor),
-                       under + x);
-        },
-        [=](int x) KESTRANE_INLINE_LAMBDA {
-            const int size = count - x;
-            uint16_t result[kLanes];
-            storeRoots(mixedLanes<Mode>(loadLanes(LastGroup(over + x, size).values),
-                                        loadLanes(LastGroup(under + x, size).values),
-                                        loadLanes(LastGroup(k + x, size).values), factor),
-                       result);
-            std::copy(result, result + size, under + x);
-        });
+    if constexpr ((Mode::channels >> channel & 1) != 0)
+        storeRoots(mixedLanes<Mode>(loadLanes(over[channel] + x), loadLanes(under[channel] + x), k,
+                                    factor),
+                   under[channel] + x);
+}
+
+/// All channels of one group of pixels.
+template <class Mode, class Sample>
+KESTRANE_ALWAYS_INLINE void mixGroup(const Sample *const (&over)[4], uint16_t *const (&under)[4],
+                                     int x, double opacity, double factor)
+{
+    const Lanes alpha = loadLanes(over[3] + x);
+    const Lanes k = 1.0 - shareOf<Sample>(alpha) * opacity;
+    mixOneChannel<Mode, 0>(over, under, x, k, factor);
+    mixOneChannel<Mode, 1>(over, under, x, k, factor);
+    mixOneChannel<Mode, 2>(over, under, x, k, factor);
+    if constexpr (Mode::mixesAlpha)
+        storeTruncated((1.0 - k) * alpha + k * loadLanes(under[3] + x), under[3] + x);
+}
+
+/// The pixels that do not fill a group, in a group of their own.
+template <class Mode, class Sample>
+void mixLast(const Span<Sample> &span, int x)
+{
+    const int size = span.count - x;
+    Sample above[4][kLanes] = {};
+    uint16_t below[4][kLanes] = {};
+    for (int c = 0; c < 4; ++c) {
+        std::copy(span.over[c] + x, span.over[c] + span.count, above[c]);
+        std::copy(span.under[c] + x, span.under[c] + span.count, below[c]);
+    }
+    const Sample *const over[4] = {above[0], above[1], above[2], above[3]};
+    uint16_t *const under[4] = {below[0], below[1], below[2], below[3]};
+    mixGroup<Mode>(over, under, 0, span.opacity, span.factor);
+    for (int c = 0; c < 4; ++c)
+        std::copy(below[c], below[c] + size, span.under[c] + x);
 }
 
 /// Where nothing of the old value stays, the mix gives back the new one exactly.
@@ -74,16 +96,24 @@ void channelSpan(const Span<Sample> &span)
                 std::fill(span.under[3], span.under[3] + span.count, uint16_t(65535));
             return;
         }
-    double k[kSpanPixels];
-    fillKept(span.over[3], span.count, span.opacity, k);
-    for (int c = 0; c < 3; ++c)
-        if (Mode::channels >> c & 1)
-            mixChannel<Mode>(span.over[c], k, span.under[c], span.count, span.factor);
-    if (Mode::mixesAlpha)
-        mixAlpha(span.over[3], k, span.under[3], span.count);
+    const Sample *const over[4] = {span.over[0], span.over[1], span.over[2], span.over[3]};
+    uint16_t *const under[4] = {span.under[0], span.under[1], span.under[2], span.under[3]};
+    eachGroup(
+        span.count,
+        [&](int x)
+            KESTRANE_INLINE_LAMBDA { mixGroup<Mode>(over, under, x, span.opacity, span.factor); },
+        [&](int x) KESTRANE_INLINE_LAMBDA { mixLast<Mode>(span, x); });
 }
 
 /// "Behind": what lies below covers the layer, by its own alpha.
+template <class Sample>
+void behindChannel(const Sample *__restrict over, const double *__restrict k,
+                   const uint16_t *__restrict under, int count, double *__restrict squares)
+{
+    for (int x = 0; x < count; ++x)
+        squares[x] = mixedSquare(real(over[x]), real(under[x]), k[x]);
+}
+
 template <class Sample>
 void behindAlpha(const Sample *__restrict over, const double *__restrict k,
                  uint16_t *__restrict under, int count, double opacity)
@@ -95,11 +125,13 @@ void behindAlpha(const Sample *__restrict over, const double *__restrict k,
 template <class Sample>
 void behindSpan(const Span<Sample> &span)
 {
-    double k[kSpanPixels] = {};
+    Reals k = {}, squares;
     for (int x = 0; x < span.count; ++x)
         k[x] = share(span.under[3][x]);
-    for (int c = 0; c < 3; ++c)
-        mixChannel<Normal>(span.over[c], k, span.under[c], span.count, span.factor);
+    for (int c = 0; c < 3; ++c) {
+        behindChannel(span.over[c], k, span.under[c], span.count, squares);
+        rootsOf(squares, span.count, span.under[c]);
+    }
     behindAlpha(span.over[3], k, span.under[3], span.count, span.opacity);
 }
 

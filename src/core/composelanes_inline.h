@@ -44,7 +44,7 @@ KESTRANE_LANE Lanes loadLanes(const double *from)
 KESTRANE_LANE Lanes loadLanes(const uint16_t *from)
 {
     const __m128i samples = _mm_loadu_si128(reinterpret_cast<const __m128i *>(from));
-    return _mm512_cvtepi32_pd(_mm256_cvtepu16_epi32(samples));
+    return _mm512_cvtepi64_pd(_mm512_cvtepu16_epi64(samples));
 }
 KESTRANE_LANE void storeReals(Lanes values, double *to)
 {
@@ -60,13 +60,16 @@ KESTRANE_LANE void storeTruncated(Lanes values, uint16_t *to)
 }
 KESTRANE_LANE void storeRoots(Lanes squares, uint16_t *to)
 {
-    __m512i bits = _mm512_castpd_si512(squares);
-    const __mmask8 evenPower = _mm512_test_epi64_mask(bits, _mm512_set1_epi64(int64_t(1) << 52));
-    bits = _mm512_mask_add_epi64(bits, evenPower, bits, _mm512_set1_epi64(1));
-    const __m512d square = _mm512_castsi512_pd(bits);
-    const __m256i root = _mm256_cvttps_epi32(_mm256_sqrt_ps(_mm512_cvtpd_ps(square)));
-    const __m512d real = _mm512_cvtepi32_pd(root);
-    const __mmask8 over = _mm512_cmp_pd_mask(square, _mm512_mul_pd(real, real), _CMP_LT_OQ);
+    const __m256i root = _mm256_cvttps_epi32(_mm256_sqrt_ps(_mm512_cvtpd_ps(squares)));
+    const __m512d real = _mm512_cvtepi32_pd(root), realSquare = _mm512_mul_pd(real, real);
+    __mmask8 over = _mm512_cmp_pd_mask(squares, realSquare, _CMP_LT_OQ);
+    if (over) [[unlikely]] {
+        const __m512i bits = _mm512_castpd_si512(squares);
+        const __mmask8 evenPower =
+            _mm512_test_epi64_mask(bits, _mm512_set1_epi64(int64_t(1) << 52));
+        const __m512i stepped = _mm512_mask_add_epi64(bits, evenPower, bits, _mm512_set1_epi64(1));
+        over = _mm512_cmp_pd_mask(_mm512_castsi512_pd(stepped), realSquare, _CMP_LT_OQ);
+    }
     storeWhole(_mm256_mask_sub_epi32(root, over, root, _mm256_set1_epi32(1)), to);
 }
 
@@ -161,5 +164,17 @@ template <class Value>
 KESTRANE_LANE Value limited(Value value)
 {
     return lesserOf(greaterOf(value, all<Value>(0.0)), all<Value>(65535.0));
+}
+/// The same for what cannot be negative, as sums and products of samples are.
+template <class Value>
+KESTRANE_LANE Value limitedAbove(Value value)
+{
+    return lesserOf(value, all<Value>(65535.0));
+}
+/// The same for what cannot exceed 65535, as differences of samples do not.
+template <class Value>
+KESTRANE_LANE Value limitedBelow(Value value)
+{
+    return greaterOf(value, all<Value>(0.0));
 }
 } // namespace composelanes

@@ -9,7 +9,8 @@
 /// mixes in. Only for compose kernels: everything is always inlined.
 namespace composemodes
 {
-using composelanes::all, composelanes::greaterOf, composelanes::limited;
+using composelanes::all, composelanes::greaterOf, composelanes::limited, composelanes::limitedAbove,
+    composelanes::limitedBelow;
 
 constexpr double kFull = 65535.0;
 constexpr double kHalf = 32768.0;
@@ -65,7 +66,7 @@ struct Add : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double)
     {
-        return limited(over + under);
+        return limitedAbove(over + under);
     }
 };
 struct AbsSubtract : ChannelMode {
@@ -80,7 +81,7 @@ struct Subtract : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double)
     {
-        return limited(under - over);
+        return limitedBelow(under - over);
     }
 };
 struct AddGrey : ChannelMode {
@@ -94,14 +95,14 @@ struct Multiply : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double)
     {
-        return limited(over * kPerFull * under);
+        return limitedAbove(over * kPerFull * under);
     }
 };
 struct Dodge : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double)
     {
-        const V lit = limited(under + over * under / greaterOf(all<V>(1.0), under));
+        const V lit = limitedAbove(under + over * under / greaterOf(all<V>(1.0), under));
         return over == all<V>(0.0) ? under : lit;
     }
 };
@@ -109,7 +110,7 @@ struct Burn : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double)
     {
-        const V burnt = limited(under - (kFull - over));
+        const V burnt = limitedBelow(under - (kFull - over));
         return over == all<V>(kFull) ? under : burnt;
     }
 };
@@ -158,14 +159,14 @@ struct Divide : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double)
     {
-        return limited(((1.0 - over * kPerFull) + 1.0) * under);
+        return limitedAbove(((1.0 - over * kPerFull) + 1.0) * under);
     }
 };
 struct Brightness : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double)
     {
-        return limited(2.0 * over * kPerFull * under);
+        return limitedAbove(2.0 * over * kPerFull * under);
     }
 };
 struct Contrast : ChannelMode {

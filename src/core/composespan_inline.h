@@ -5,6 +5,7 @@
 #include "core/composemodes_inline.h"
 
 #include <algorithm>
+#include <type_traits>
 
 /// Pieces of the span loops that both kernel files of the compositor share. Always inlined,
 /// because each kernel file is compiled for several instruction sets.
@@ -12,18 +13,25 @@ namespace composespan
 {
 using namespace composelanes;
 
-/// a / 65535 to the last bit without a division: the quotient repeats the sixteen bits of
-/// `a` for ever; the first three repetitions are one exact product, the next two another,
-/// and only their sum is rounded.
-KESTRANE_ALWAYS_INLINE double share(uint16_t a)
+/// a / 65535 to the last bit, for 16-bit samples without a division: the quotient repeats the
+/// sixteen bits of `a` for ever; the first three repetitions are one exact product, the next two
+/// another, and only their sum is rounded.
+template <class Sample, class V>
+KESTRANE_ALWAYS_INLINE V shareOf(V a)
 {
     constexpr double first = 0x1p-16 + 0x1p-32 + 0x1p-48, rest = 0x1p-64 + 0x1p-80;
-    const double value = int32_t(a);
-    return value * first + value * rest;
+    if constexpr (std::is_same_v<Sample, uint16_t>)
+        return a * first + a * rest;
+    else
+        return a / 65535.0;
+}
+KESTRANE_ALWAYS_INLINE double share(uint16_t a)
+{
+    return shareOf<uint16_t>(double(int32_t(a)));
 }
 KESTRANE_ALWAYS_INLINE double share(double a)
 {
-    return a / 65535.0;
+    return shareOf<double>(a);
 }
 
 KESTRANE_ALWAYS_INLINE double real(uint16_t sample)
@@ -116,13 +124,5 @@ KESTRANE_ALWAYS_INLINE void fillKept(const Sample *__restrict alpha, int count, 
 {
     for (int x = 0; x < count; ++x)
         k[x] = 1.0 - share(alpha[x]) * opacity;
-}
-
-template <class Sample>
-KESTRANE_ALWAYS_INLINE void mixAlpha(const Sample *__restrict over, const double *__restrict k,
-                                     uint16_t *__restrict under, int count)
-{
-    for (int x = 0; x < count; ++x)
-        under[x] = stored((1.0 - k[x]) * real(over[x]) + k[x] * real(under[x]));
 }
 } // namespace composespan
