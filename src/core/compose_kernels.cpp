@@ -23,33 +23,41 @@ KESTRANE_ALWAYS_INLINE Lanes mixedLanes(Lanes over, Lanes under, Lanes k, double
     }
 }
 
-template <class Mode, int channel, class Sample>
+enum class Under { Present, Empty };
+
+template <Under what>
+KESTRANE_ALWAYS_INLINE Lanes lanesBelow(const uint16_t *under)
+{
+    return what == Under::Empty ? Lanes{} : loadLanes(under);
+}
+
+template <class Mode, int channel, Under what, class Sample>
 KESTRANE_ALWAYS_INLINE void mixOneChannel(const Sample *const (&over)[4],
                                           uint16_t *const (&under)[4], int x, Lanes k,
                                           double factor)
 {
     if constexpr ((Mode::channels >> channel & 1) != 0)
-        storeRoots(mixedLanes<Mode>(loadLanes(over[channel] + x), loadLanes(under[channel] + x), k,
-                                    factor),
+        storeRoots(mixedLanes<Mode>(loadLanes(over[channel] + x),
+                                    lanesBelow<what>(under[channel] + x), k, factor),
                    under[channel] + x);
 }
 
 /// All channels of one group of pixels.
-template <class Mode, class Sample>
+template <class Mode, Under what, class Sample>
 KESTRANE_ALWAYS_INLINE void mixGroup(const Sample *const (&over)[4], uint16_t *const (&under)[4],
                                      int x, double opacity, double factor)
 {
     const Lanes alpha = loadLanes(over[3] + x);
     const Lanes k = 1.0 - shareOf<Sample>(alpha) * opacity;
-    mixOneChannel<Mode, 0>(over, under, x, k, factor);
-    mixOneChannel<Mode, 1>(over, under, x, k, factor);
-    mixOneChannel<Mode, 2>(over, under, x, k, factor);
+    mixOneChannel<Mode, 0, what>(over, under, x, k, factor);
+    mixOneChannel<Mode, 1, what>(over, under, x, k, factor);
+    mixOneChannel<Mode, 2, what>(over, under, x, k, factor);
     if constexpr (Mode::mixesAlpha)
-        storeTruncated((1.0 - k) * alpha + k * loadLanes(under[3] + x), under[3] + x);
+        storeTruncated((1.0 - k) * alpha + k * lanesBelow<what>(under[3] + x), under[3] + x);
 }
 
 /// The pixels that do not fill a group, in a group of their own.
-template <class Mode, class Sample>
+template <class Mode, Under what, class Sample>
 void mixLast(const Span<Sample> &span, int x)
 {
     const int size = span.count - x;
@@ -61,7 +69,7 @@ void mixLast(const Span<Sample> &span, int x)
     }
     const Sample *const over[4] = {above[0], above[1], above[2], above[3]};
     uint16_t *const under[4] = {below[0], below[1], below[2], below[3]};
-    mixGroup<Mode>(over, under, 0, span.opacity, span.factor);
+    mixGroup<Mode, what>(over, under, 0, span.opacity, span.factor);
     for (int c = 0; c < 4; ++c)
         std::copy(below[c], below[c] + size, span.under[c] + x);
 }
@@ -81,6 +89,19 @@ void storeChannel(const uint16_t *__restrict over, uint16_t *__restrict under, i
     }
 }
 
+template <class Mode, Under what, class Sample>
+KESTRANE_ALWAYS_INLINE void mixSpan(const Span<Sample> &span)
+{
+    const Sample *const over[4] = {span.over[0], span.over[1], span.over[2], span.over[3]};
+    uint16_t *const under[4] = {span.under[0], span.under[1], span.under[2], span.under[3]};
+    eachGroup(
+        span.count,
+        [&](int x) KESTRANE_INLINE_LAMBDA {
+            mixGroup<Mode, what>(over, under, x, span.opacity, span.factor);
+        },
+        [&](int x) KESTRANE_INLINE_LAMBDA { mixLast<Mode, what>(span, x); });
+}
+
 template <class Mode, class Sample>
 void channelSpan(const Span<Sample> &span)
 {
@@ -96,13 +117,15 @@ void channelSpan(const Span<Sample> &span)
                 std::fill(span.under[3], span.under[3] + span.count, uint16_t(65535));
             return;
         }
-    const Sample *const over[4] = {span.over[0], span.over[1], span.over[2], span.over[3]};
-    uint16_t *const under[4] = {span.under[0], span.under[1], span.under[2], span.under[3]};
-    eachGroup(
-        span.count,
-        [&](int x)
-            KESTRANE_INLINE_LAMBDA { mixGroup<Mode>(over, under, x, span.opacity, span.factor); },
-        [&](int x) KESTRANE_INLINE_LAMBDA { mixLast<Mode>(span, x); });
+    mixSpan<Mode, Under::Present>(span);
+}
+
+/// The same over zeros. Its result does not depend on what the destination held.
+template <class Mode>
+void spanOnEmpty(const PlaneSpan &span)
+{
+    static_assert(Mode::channels == kAll && Mode::mixesAlpha && !Mode::conditional);
+    mixSpan<Mode, Under::Empty>(span);
 }
 
 /// "Behind": what lies below covers the layer, by its own alpha.
@@ -149,10 +172,14 @@ void bitSpan(const Span<Sample> &span)
         bitChannel<Mode>(span.over[c], span.under[c], span.count);
 }
 
-template <class Mode>
+/// `Whole` may be another form of the mode for samples that are whole numbers.
+template <class Mode, class Whole = Mode>
 constexpr SpanFunctions channelFunctions()
 {
-    return {channelSpan<Mode, uint16_t>, channelSpan<Mode, double>};
+    SpanFunctions functions = {channelSpan<Whole, uint16_t>, channelSpan<Mode, double>};
+    if constexpr (Mode::channels == kAll && Mode::mixesAlpha && !Mode::conditional)
+        functions.onEmpty = spanOnEmpty<Whole>;
+    return functions;
 }
 template <class Mode>
 constexpr SpanFunctions bitFunctions()
@@ -225,7 +252,7 @@ SpanFunctions channelModeSpans(int mode)
     case 27:
         return channelFunctions<Averaged>();
     case 36:
-        return {channelSpan<WholeOverlay, uint16_t>, channelSpan<Overlay, double>};
+        return channelFunctions<Overlay, WholeOverlay>();
     case 37:
         return {behindSpan<uint16_t>, behindSpan<double>};
     case 38:

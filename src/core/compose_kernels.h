@@ -28,6 +28,9 @@ using RealSpan = Span<double>;
 struct SpanFunctions {
     void (*planes)(const PlaneSpan &span) = nullptr;
     void (*reals)(const RealSpan &span) = nullptr;
+    /// As `planes` over zeros, whatever the destination holds; null if the mode has no such
+    /// form. Every stack begins on zeros.
+    void (*onEmpty)(const PlaneSpan &span) = nullptr;
 };
 
 /// The modes that work channel by channel or on alpha alone, and those that need the three

@@ -128,13 +128,17 @@ void blendFetched(const ComposeStep &step, image *destination, const Piece &piec
 template <int ToWrite, class Sample>
 void fetchAhead(Sample *const (&planes)[kChannels], int count)
 {
-    constexpr int lineSamples = 32;
+    constexpr int lineSamples = 32, intoSecondCache = 2;
     for (Sample *plane : planes)
         for (int x = 0; x < count; x += lineSamples)
-            __builtin_prefetch(plane + x, ToWrite);
+            __builtin_prefetch(plane + x, ToWrite, intoSecondCache);
 }
 
-void blendPiece(const ComposeStep &step, image *destination, const Piece &piece)
+/// What a layer is blended into: what the destination holds, or zeros in its place.
+enum class Under { Present, Empty };
+
+void blendPiece(const ComposeStep &step, image *destination, const Piece &piece,
+                Under under = Under::Present)
 {
     const PlacedLayer &layer = step.layer;
     if (layer.moved || layer.yrb) {
@@ -152,7 +156,7 @@ void blendPiece(const ComposeStep &step, image *destination, const Piece &piece)
         next[c] = span.over[c] + kSpanPixels;
     }
     fetchAhead<0>(next, kSpanPixels);
-    step.blend.planes(span);
+    (under == Under::Empty ? step.blend.onEmpty : step.blend.planes)(span);
 }
 
 /// The sum by place of all layers of the run, divided by their number; alpha is that of
@@ -400,6 +404,13 @@ void clearPiece(image *destination, const Piece &piece)
         std::fill(plane, plane + piece.count, uint16_t(0));
 }
 
+/// Whether a step can write a whole piece without reading it, as if it held zeros.
+bool fillsEmptyPiece(const ComposeStep &step, const Piece &piece)
+{
+    return step.kind == ComposeStep::Kind::Blend && step.blend.onEmpty &&
+           coversPlainly(step.layer, piece);
+}
+
 /// A row goes through all steps piece by piece: a piece stays in the nearest cache.
 void runRow(const std::vector<ComposeStep> &steps, image *destination, int64_t y, bool clearFirst,
             MedianRoom *room)
@@ -415,13 +426,16 @@ void runRow(const std::vector<ComposeStep> &steps, image *destination, int64_t y
         uint16_t *next[kChannels];
         aimUnder(destination, {x + kSpanPixels, y, 0}, next);
         fetchAhead<1>(next, kSpanPixels);
+        size_t i = size_t(base + 1);
         if (base >= 0)
             copyPiece(steps[base].layer, destination, piece);
+        else if (clearFirst && !steps.empty() && fillsEmptyPiece(steps[0], piece))
+            blendPiece(steps[i++], destination, piece, Under::Empty);
         else if (clearFirst)
             clearPiece(destination, piece);
         if (room)
             room->sorted = 0;
-        for (size_t i = size_t(base + 1); i < steps.size(); ++i)
+        for (; i < steps.size(); ++i)
             runPiece(steps[i], destination, piece, room);
     }
 }

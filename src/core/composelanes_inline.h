@@ -8,6 +8,7 @@
 #ifndef __clang__
 // GCC 12 takes the undefined lanes inside its own wide conversions for a mistake of ours.
 #pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 #include <immintrin.h>
