@@ -216,6 +216,43 @@ bool coversPlainly(const PlacedLayer &layer, const Piece &piece)
            piece.x + piece.count <= layer.left + layer.img->width;
 }
 
+/// The middle one of an odd number of layers: its samples are whole numbers.
+void blendMiddle(const ComposeStep &step, image *destination, const Piece &piece,
+                 const MedianRoom &room)
+{
+    const double *middle = &room.order[int64_t(step.sources.size() / 2) * kSpanPixels];
+    uint16_t samples[kChannels][kSpanPixels];
+    for (int x = 0; x < piece.count; ++x) {
+        const auto &planes = room.planes[size_t(int(middle[x]))];
+        for (int c = 0; c < kChannels; ++c)
+            samples[c][x] = planes[c][x];
+    }
+    PlaneSpan span = spanOf<uint16_t>(step, destination, piece);
+    for (int c = 0; c < kChannels; ++c)
+        span.over[c] = samples[c];
+    step.blend.planes(span);
+}
+
+/// The mean of the two middle ones of an even number of layers.
+void blendMiddlePair(const ComposeStep &step, image *destination, const Piece &piece,
+                     const MedianRoom &room)
+{
+    const double *second = &room.order[int64_t(step.sources.size() / 2) * kSpanPixels];
+    const double *first = second - kSpanPixels;
+    int32_t sums[kChannels][kSpanPixels];
+    for (int x = 0; x < piece.count; ++x) {
+        const auto &a = room.planes[size_t(int(first[x]))],
+                   &b = room.planes[size_t(int(second[x]))];
+        for (int c = 0; c < kChannels; ++c)
+            sums[c][x] = a[c][x] + b[c][x];
+    }
+    Fetched result;
+    for (int c = 0; c < kChannels; ++c)
+        for (int x = 0; x < piece.count; ++x)
+            result.channel[c][x] = sums[c][x] / 2.0;
+    blendFetched(step, destination, piece, result);
+}
+
 /// Where all layers lie plainly below the piece, their planes serve as they are, and a
 /// stack of medians sorts each layer only once.
 void plainMedian(const ComposeStep &step, image *destination, const Piece &piece, MedianRoom *room)
@@ -236,18 +273,10 @@ void plainMedian(const ComposeStep &step, image *destination, const Piece &piece
                         room->meansOf(room->sorted));
         sortInto(room, room->sorted, piece.count);
     }
-    int32_t sums[kChannels][kSpanPixels];
-    for (int x = 0; x < piece.count; ++x) {
-        const auto &a = planes[room->ranked((layers - 1) / 2, x)];
-        const auto &b = planes[room->ranked(layers / 2, x)];
-        for (int c = 0; c < kChannels; ++c)
-            sums[c][x] = a[c][x] + b[c][x];
-    }
-    Fetched result;
-    for (int c = 0; c < kChannels; ++c)
-        for (int x = 0; x < piece.count; ++x)
-            result.channel[c][x] = sums[c][x] / 2.0;
-    blendFetched(step, destination, piece, result);
+    if (layers % 2)
+        blendMiddle(step, destination, piece, *room);
+    else
+        blendMiddlePair(step, destination, piece, *room);
 }
 
 void writeMeans(const Fetched &samples, int count, double *means, int *covering)
@@ -404,11 +433,49 @@ void clearPiece(image *destination, const Piece &piece)
         std::fill(plane, plane + piece.count, uint16_t(0));
 }
 
+/// Whether a median puts its samples in the place of everything in a piece: whichever of
+/// its layers is the middle one is opaque there.
+bool medianReplaces(const ComposeStep &step, const Piece &piece)
+{
+    return step.kind == ComposeStep::Kind::Median && step.opacity == 1.0 &&
+           coversPlainly(step.layer, piece) &&
+           std::all_of(step.sources.begin(), step.sources.end(), [&](const PlacedLayer &source) {
+               const int64_t at =
+                   (piece.y - source.top) * source.img->width + piece.x - source.left;
+               return coversPlainly(source, piece) &&
+                      allOpaque(source.img->alpha + at, piece.count);
+           });
+}
+
+/// The first step after `base` that matters in a piece.
+size_t firstStep(const std::vector<ComposeStep> &steps, int base, const Piece &piece)
+{
+    for (int i = int(steps.size()) - 1; i > base; --i)
+        if (medianReplaces(steps[i], piece))
+            return size_t(i);
+    return size_t(base + 1);
+}
+
 /// Whether a step can write a whole piece without reading it, as if it held zeros.
 bool fillsEmptyPiece(const ComposeStep &step, const Piece &piece)
 {
     return step.kind == ComposeStep::Kind::Blend && step.blend.onEmpty &&
            coversPlainly(step.layer, piece);
+}
+
+/// Puts into a piece what its steps begin on; returns the first one that is left to do.
+size_t beginPiece(const std::vector<ComposeStep> &steps, int base, image *destination,
+                  const Piece &piece, bool clearFirst)
+{
+    if (base >= 0) {
+        copyPiece(steps[base].layer, destination, piece);
+    } else if (clearFirst && !steps.empty() && fillsEmptyPiece(steps[0], piece)) {
+        blendPiece(steps[0], destination, piece, Under::Empty);
+        return 1;
+    } else if (clearFirst) {
+        clearPiece(destination, piece);
+    }
+    return size_t(base + 1);
 }
 
 /// A row goes through all steps piece by piece: a piece stays in the nearest cache.
@@ -426,13 +493,9 @@ void runRow(const std::vector<ComposeStep> &steps, image *destination, int64_t y
         uint16_t *next[kChannels];
         aimUnder(destination, {x + kSpanPixels, y, 0}, next);
         fetchAhead<1>(next, kSpanPixels);
-        size_t i = size_t(base + 1);
-        if (base >= 0)
-            copyPiece(steps[base].layer, destination, piece);
-        else if (clearFirst && !steps.empty() && fillsEmptyPiece(steps[0], piece))
-            blendPiece(steps[i++], destination, piece, Under::Empty);
-        else if (clearFirst)
-            clearPiece(destination, piece);
+        size_t i = room ? firstStep(steps, base, piece) : size_t(base + 1);
+        if (i == size_t(base + 1)) // or else nothing of what lies below is seen
+            i = beginPiece(steps, base, destination, piece, clearFirst);
         if (room)
             room->sorted = 0;
         for (; i < steps.size(); ++i)
