@@ -301,6 +301,13 @@ void meansOfPlanes(const uint16_t *red, const uint16_t *green, const uint16_t *b
     meanSamples(red, green, blue, count, means);
 }
 
+void truncatedRoots(const double *squares, int count, uint16_t *roots)
+{
+    Reals copied;
+    std::copy(squares, squares + count, copied);
+    rootsOf(copied, count, roots);
+}
+
 void exchangeMeans(double *first, double *second, double *firstOrder, double *secondOrder,
                    int count)
 {

@@ -50,3 +50,7 @@ DECLARE_KERNEL(void, meansOfPlanes,
 /// is greater than the second, means and their places in the order change places.
 DECLARE_KERNEL(void, exchangeMeans,
                (double *first, double *second, double *firstOrder, double *secondOrder, int count))
+
+/// The truncated roots that mixing stores, of 1 to kSpanPixels squares; tests hold them
+/// against std::sqrt.
+DECLARE_KERNEL(void, truncatedRoots, (const double *squares, int count, uint16_t *roots))

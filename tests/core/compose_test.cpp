@@ -2,11 +2,14 @@
 #include "core/compose.h"
 
 #include "core/composereference.h"
+#include "core/composespan_inline.h"
 #include "core/cpu.h"
 #include "core/fixture.h"
 #include "core/rows.h"
 
+#include <bit>
 #include <limits>
+#include <random>
 #include <set>
 #include <sstream>
 
@@ -263,6 +266,38 @@ protected:
         memFailAt(0);
     }
 };
+
+/// Shortcuts of the kernels, held against the plain operations that they stand for.
+TEST_F(Compose, QuickArithmeticEqualsThePlainOne)
+{
+    for (int a = 0; a <= 65535; ++a)
+        ASSERT_EQ(composespan::shareOf<uint16_t>(double(a)), a / 65535.0) << a;
+    std::mt19937 any(77);
+    for (int i = 0; i < 1000000; ++i) {
+        const double over = any() % 65536, under = any() % 65536;
+        ASSERT_EQ(composemodes::WholeOverlay::value(over, under, 0.0),
+                  composemodes::Overlay::value(over, under, 0.0))
+            << over << " " << under;
+    }
+    constexpr int steps = 3, kinds = 2 * steps + 1;
+    for (int level = int(supportedKernels()); level >= 0; --level) {
+        limitKernels(KernelLevel(level));
+        for (int m = 0; m <= 65535; ++m) {
+            double squares[kinds];
+            uint16_t roots[kinds];
+            for (int i = 0; i < kinds; ++i) { // m * m and the doubles around it
+                const int64_t bits = std::bit_cast<int64_t>(double(m) * m) + i - steps;
+                squares[i] =
+                    std::min(std::bit_cast<double>(std::max<int64_t>(bits, 0)), 65535.0 * 65535.0);
+            }
+            KERNEL_DISPATCH(truncatedRoots, squares, kinds, roots);
+            for (int i = 0; i < kinds; ++i)
+                ASSERT_EQ(roots[i], uint16_t(std::sqrt(squares[i])))
+                    << m << " " << i << " " << level;
+        }
+    }
+    limitKernels(supportedKernels());
+}
 
 TEST_F(Compose, ModesGiveTheNumbersWorkedOutByHand)
 {
