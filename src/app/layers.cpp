@@ -98,6 +98,8 @@ Layers::Layers(MainWindow *mainWindow)
     ui->layerList->setProperty(
         "emptyText", tr("No layered picture is open.\nLayers, Make Layered in the main window "
                         "turns the current picture into one."));
+    // The styles' own popup is as tall as the screen for so many modes.
+    ui->layerMode->setStyleSheet(QStringLiteral("QComboBox { combobox-popup: 0; }"));
     textStyle.pixels = 0; // until the first text, which fits its picture
     textStyle.red = uint16_t(main->foreRed);
     textStyle.green = uint16_t(main->foreGreen);

@@ -124,7 +124,7 @@ void alphaSpan(const Span<Sample> &span)
 /// Artwork of a board: any channel in the dark half.
 KESTRANE_ALWAYS_INLINE bool isArtwork(Rgb c)
 {
-    return (c.red < kHalf) | (c.green < kHalf) | (c.blue < kHalf);
+    return (int(c.red < kHalf) | int(c.green < kHalf) | int(c.blue < kHalf)) != 0;
 }
 
 void boardPixels(const RealPixels &__restrict layer, const RealPixels &__restrict below, double k,

@@ -123,15 +123,20 @@ void blendFetched(const ComposeStep &step, image *destination, const Piece &piec
     step.blend.reals(span);
 }
 
-/// Asks for what the next piece of a row will read while this one is worked on: the
-/// processor does not foresee eight planes that are read in turns.
+/// Asks for what stands where the next piece begins while this one is worked on: the
+/// processor does not foresee eight planes that are read in turns. The places are numbers,
+/// since they may lie past the end of a plane.
 template <int ToWrite, class Sample>
-void fetchAhead(Sample *const (&planes)[kChannels], int count)
+void fetchNextPiece(Sample *const (&planes)[kChannels])
 {
-    constexpr int lineSamples = 32, intoSecondCache = 2;
-    for (Sample *plane : planes)
-        for (int x = 0; x < count; x += lineSamples)
-            __builtin_prefetch(plane + x, ToWrite, intoSecondCache);
+    constexpr uintptr_t lineBytes = 64, pieceBytes = kSpanPixels * sizeof(uint16_t);
+    constexpr int intoSecondCache = 2;
+    for (Sample *plane : planes) {
+        const uintptr_t next = reinterpret_cast<uintptr_t>(plane) + pieceBytes;
+        for (uintptr_t byte = 0; byte < pieceBytes; byte += lineBytes)
+            __builtin_prefetch(reinterpret_cast<const void *>(next + byte), ToWrite,
+                               intoSecondCache);
+    }
 }
 
 /// What a layer is blended into: what the destination holds, or zeros in its place.
@@ -150,12 +155,9 @@ void blendPiece(const ComposeStep &step, image *destination, const Piece &piece,
     PlaneSpan span = spanOf<uint16_t>(step, destination, piece);
     const auto planes = layer.img->colorPlanes();
     const int64_t at = (piece.y - layer.top) * layer.img->width + piece.x - layer.left;
-    const uint16_t *next[kChannels];
-    for (int c = 0; c < kChannels; ++c) {
+    for (int c = 0; c < kChannels; ++c)
         span.over[c] = planes[c] + at;
-        next[c] = span.over[c] + kSpanPixels;
-    }
-    fetchAhead<0>(next, kSpanPixels);
+    fetchNextPiece<0>(span.over);
     (under == Under::Empty ? step.blend.onEmpty : step.blend.planes)(span);
 }
 
@@ -490,9 +492,9 @@ void runRow(const std::vector<ComposeStep> &steps, image *destination, int64_t y
     }
     for (int x = 0; x < width; x += kSpanPixels) {
         const Piece piece{x, y, std::min(kSpanPixels, width - x)};
-        uint16_t *next[kChannels];
-        aimUnder(destination, {x + kSpanPixels, y, 0}, next);
-        fetchAhead<1>(next, kSpanPixels);
+        uint16_t *here[kChannels];
+        aimUnder(destination, piece, here);
+        fetchNextPiece<1>(here);
         size_t i = room ? firstStep(steps, base, piece) : size_t(base + 1);
         if (i == size_t(base + 1)) // or else nothing of what lies below is seen
             i = beginPiece(steps, base, destination, piece, clearFirst);

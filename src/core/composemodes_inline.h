@@ -401,14 +401,15 @@ struct GreyMask {
         return (1.0 - t.k) * mean(over) + t.k * t.under;
     }
 };
-KESTRANE_ALWAYS_INLINE bool outside(double over, double under, double tolerance)
+// Comparisons are joined as numbers: branches would keep row loops from running in vectors.
+KESTRANE_ALWAYS_INLINE int outside(double over, double under, double tolerance)
 {
-    return (under < over - tolerance) | (under > over + tolerance);
+    return int(under < over - tolerance) | int(under > over + tolerance);
 }
 KESTRANE_ALWAYS_INLINE bool anyOutside(Rgb over, Rgb under, double tolerance)
 {
-    return outside(over.red, under.red, tolerance) | outside(over.green, under.green, tolerance) |
-           outside(over.blue, under.blue, tolerance);
+    return (outside(over.red, under.red, tolerance) | outside(over.green, under.green, tolerance) |
+            outside(over.blue, under.blue, tolerance)) != 0;
 }
 struct PlusKey {
     KESTRANE_MODE double value(Rgb over, Rgb under, AlphaTerms t)
@@ -424,7 +425,7 @@ struct MinusKey {
 };
 KESTRANE_ALWAYS_INLINE bool same(Rgb a, Rgb b)
 {
-    return (a.red == b.red) & (a.green == b.green) & (a.blue == b.blue);
+    return (int(a.red == b.red) & int(a.green == b.green) & int(a.blue == b.blue)) != 0;
 }
 struct Match {
     KESTRANE_MODE double value(Rgb over, Rgb under, AlphaTerms)

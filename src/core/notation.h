@@ -14,9 +14,9 @@ struct Notation {
     int32_t headX = 0, headY = 0; ///< where the arrow points
     QPolygon points;
     QString text;
-    QString font;         ///< family; empty: the default one. Not stored in files
-    double opacity = 1.0; ///< 0 to 1
-    int32_t mode = 0;     ///< 0 plain text, 1 outlined, 2 on a plate
+    QString font;          ///< family; empty: the default one. Not stored in files
+    double opacity = 1.0;  ///< 0 to 1
+    int32_t mode = 0;      ///< 0 plain text, 1 outlined, 2 on a plate
     bool pointing = false; ///< the arrow is drawn
 };
 static_assert(sizeof(void *) != 8 || sizeof(Notation) == 64);

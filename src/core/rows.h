@@ -5,8 +5,8 @@
 
 /// Calls `body(firstRow, endRow)` for bands that together cover rows 0 to `rows` - 1
 /// exactly once, on all cores when `rows` x `samplesPerRow` is worth it, and returns
-/// when all bands are done. The body must be stateless, must not allocate, and writes
-/// only the rows of its band; it may run on any thread.
+/// when all bands are done. The body must be stateless, must not allocate in its loops, and
+/// writes only the rows of its band; it may run on any thread.
 void parallelRows(int rows, int samplesPerRow, const std::function<void(int, int)> &body);
 
 /// For tests and benchmarks: 0 uses every core, 1 runs everything on the caller.

@@ -139,9 +139,7 @@ void Workspace::showImage(image *img, const FileRecord &)
 
 void Workspace::closeWindowsOf(image *) {}
 
-void Workspace::layersChanged(image *)
-{
-}
+void Workspace::layersChanged(image *) {}
 void Workspace::undoStateChanged(image *) {}
 
 void Workspace::previewOutdated() {}
