@@ -30,6 +30,20 @@ public:
     WaitCursor &operator=(const WaitCursor &) = delete;
 };
 
+/// Keeps a local stack together that a new layer comes to lie in. Above a base it counts
+/// from the base's corner, as the others there do.
+void joinLocalStack(const image &beside, image *made, bool above)
+{
+    const QList<image *> &layers = beside.master->layers;
+    const image *next = layers.value(layers.indexOf(const_cast<image *>(&beside)) + 1, nullptr);
+    const bool besideIsBase = above && !beside.localStack && next && next->localStack;
+    made->localStack = beside.localStack || besideIsBase;
+    if (besideIsBase) {
+        made->xOffset -= beside.xOffset;
+        made->yOffset -= beside.yOffset;
+    }
+}
+
 const ParameterDialog::Range kPercent = {0, 100, 0, QStringLiteral(" %"), 100};
 const ParameterDialog::Range kRadius = {0, 500, 0, QString(), 1, 100};
 } // namespace
@@ -49,6 +63,7 @@ void Layers::insertMade(image *beside, image *made, bool above)
         tellNoMemory();
         return;
     }
+    joinLocalStack(*beside, made, above);
     if (above ? insertAbove(beside, made) : ::insertBefore(beside, made))
         selectLayer(made);
     else

@@ -332,6 +332,27 @@ TEST_F(LayersTest, NewLayersAreSelectedAndStandBesideTheirSource)
     EXPECT_TRUE(marked());
 }
 
+/// An effect that comes between the layers of a local stack must not take it apart.
+TEST_F(LayersTest, EffectsJoinTheLocalStackAroundThem)
+{
+    image *base = createLayer(master), *member = createLayer(master);
+    base->xOffset = 7;
+    member->localStack = true;
+    DialogAccepter accepter([](QDialog *) {});
+    dialog->selectLayer(base);
+    click("embossEffect");
+    const image *relief = dialog->selected();
+    EXPECT_TRUE(relief->localStack);
+    EXPECT_EQ(relief->xOffset, 0) << "places in the stack count from its base";
+    dialog->selectLayer(member);
+    click("shadowEffect");
+    EXPECT_TRUE(dialog->selected()->localStack);
+    dialog->selectLayer(base);
+    click("shadowEffect");
+    EXPECT_FALSE(dialog->selected()->localStack) << "below the base is outside";
+    EXPECT_EQ(accepter.accepted, 3);
+}
+
 TEST_F(LayersTest, SplitsShowThePictureAgain)
 {
     two->opacity = 0.6;
