@@ -187,11 +187,21 @@ constexpr SpanFunctions bitFunctions()
     return {bitSpan<Mode, uint16_t>, bitSpan<Mode, double>};
 }
 
-void meanSamples(const uint16_t *__restrict red, const uint16_t *__restrict green,
-                 const uint16_t *__restrict blue, int count, double *__restrict means)
+void fillKeys(const uint16_t *__restrict red, const uint16_t *__restrict green,
+              const uint16_t *__restrict blue, int layer, int count, double *__restrict keys)
 {
+    constexpr double kLayerRange = 65536.0;
     for (int x = 0; x < count; ++x)
-        means[x] = mean({real(red[x]), real(green[x]), real(blue[x])});
+        keys[x] = double(int32_t(red[x]) + green[x] + blue[x]) * kLayerRange + layer;
+}
+
+void orderKeys(double *__restrict first, double *__restrict second, int count)
+{
+    for (int x = 0; x < count; ++x) {
+        const double a = first[x], b = second[x];
+        first[x] = lesser(a, b);
+        second[x] = greater(a, b);
+    }
 }
 
 void exchange(double *__restrict mean, double *__restrict nextMean, double *__restrict order,
@@ -295,10 +305,15 @@ void yrbSpan(const double *const from[3], double *const to[3], int count)
     std::copy(blue, blue + count, to[2]);
 }
 
-void meansOfPlanes(const uint16_t *red, const uint16_t *green, const uint16_t *blue, int count,
-                   double *means)
+void medianKeys(const uint16_t *red, const uint16_t *green, const uint16_t *blue, int layer,
+                int count, double *keys)
 {
-    meanSamples(red, green, blue, count, means);
+    fillKeys(red, green, blue, layer, count, keys);
+}
+
+void exchangeKeys(double *first, double *second, int count)
+{
+    orderKeys(first, second, count);
 }
 
 void truncatedRoots(const double *squares, int count, uint16_t *roots)

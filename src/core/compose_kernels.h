@@ -41,10 +41,13 @@ DECLARE_KERNEL(SpanFunctions, pixelModeSpans, (int mode))
 /// Turns luma, red and blue of the YRB encoding to red, green and blue, in place or not.
 DECLARE_KERNEL(void, yrbSpan, (const double *const from[3], double *const to[3], int count))
 
-/// The mean of the three colours of each pixel.
-DECLARE_KERNEL(void, meansOfPlanes,
-               (const uint16_t *red, const uint16_t *green, const uint16_t *blue, int count,
-                double *means))
+/// A key for each pixel by which layers of whole samples sort as by the mean of their
+/// colours, equal ones by `layer`, which is 0 to 65535 and the key's low 16 bits.
+DECLARE_KERNEL(void, medianKeys,
+               (const uint16_t *red, const uint16_t *green, const uint16_t *blue, int layer,
+                int count, double *keys))
+/// One compare and exchange of keys for all pixels of a span: the lesser ones come first.
+DECLARE_KERNEL(void, exchangeKeys, (double *first, double *second, int count))
 
 /// One compare and exchange of a stable sort for all pixels of a span: where the first mean
 /// is greater than the second, means and their places in the order change places.

@@ -197,7 +197,8 @@ struct MedianRoom {
     int ranked(int rank, int x) const { return int(order[int64_t(rank) * kSpanPixels + x]); }
 
     std::unique_ptr<Fetched[]> samples;
-    std::unique_ptr<double[]> means, order;
+    std::unique_ptr<double[]> means; ///< or keys, where layers lie plainly
+    std::unique_ptr<double[]> order;
     std::vector<std::array<const uint16_t *, kChannels>> planes;
     int sorted = 0; ///< how many layers stand sorted for the present piece already
 };
@@ -218,14 +219,19 @@ bool coversPlainly(const PlacedLayer &layer, const Piece &piece)
            piece.x + piece.count <= layer.left + layer.img->width;
 }
 
-/// The middle one of an odd number of layers: its samples are whole numbers.
-void blendMiddle(const ComposeStep &step, image *destination, const Piece &piece,
-                 const MedianRoom &room)
+/// The layer that a key belongs to.
+size_t layerOf(double key)
 {
-    const double *middle = &room.order[int64_t(step.sources.size() / 2) * kSpanPixels];
+    return size_t(int64_t(key) & 0xFFFF);
+}
+
+/// The middle one of an odd number of layers: its samples are whole numbers.
+void blendMiddle(const ComposeStep &step, image *destination, const Piece &piece, MedianRoom *room)
+{
+    const double *middle = room->meansOf(int(step.sources.size() / 2));
     uint16_t samples[kChannels][kSpanPixels];
     for (int x = 0; x < piece.count; ++x) {
-        const auto &planes = room.planes[size_t(int(middle[x]))];
+        const auto &planes = room->planes[layerOf(middle[x])];
         for (int c = 0; c < kChannels; ++c)
             samples[c][x] = planes[c][x];
     }
@@ -237,14 +243,13 @@ void blendMiddle(const ComposeStep &step, image *destination, const Piece &piece
 
 /// The mean of the two middle ones of an even number of layers.
 void blendMiddlePair(const ComposeStep &step, image *destination, const Piece &piece,
-                     const MedianRoom &room)
+                     MedianRoom *room)
 {
-    const double *second = &room.order[int64_t(step.sources.size() / 2) * kSpanPixels];
+    const double *second = room->meansOf(int(step.sources.size() / 2));
     const double *first = second - kSpanPixels;
     int32_t sums[kChannels][kSpanPixels];
     for (int x = 0; x < piece.count; ++x) {
-        const auto &a = room.planes[size_t(int(first[x]))],
-                   &b = room.planes[size_t(int(second[x]))];
+        const auto &a = room->planes[layerOf(first[x])], &b = room->planes[layerOf(second[x])];
         for (int c = 0; c < kChannels; ++c)
             sums[c][x] = a[c][x] + b[c][x];
     }
@@ -271,14 +276,15 @@ void plainMedian(const ComposeStep &step, image *destination, const Piece &piece
     }
     for (; room->sorted < layers; ++room->sorted) {
         const auto &plane = planes[room->sorted];
-        KERNEL_DISPATCH(meansOfPlanes, plane[0], plane[1], plane[2], piece.count,
+        KERNEL_DISPATCH(medianKeys, plane[0], plane[1], plane[2], room->sorted, piece.count,
                         room->meansOf(room->sorted));
-        sortInto(room, room->sorted, piece.count);
+        for (int i = room->sorted; i > 0; --i)
+            KERNEL_DISPATCH(exchangeKeys, room->meansOf(i - 1), room->meansOf(i), piece.count);
     }
     if (layers % 2)
-        blendMiddle(step, destination, piece, *room);
+        blendMiddle(step, destination, piece, room);
     else
-        blendMiddlePair(step, destination, piece, *room);
+        blendMiddlePair(step, destination, piece, room);
 }
 
 void writeMeans(const Fetched &samples, int count, double *means, int *covering)
@@ -293,7 +299,9 @@ void writeMeans(const Fetched &samples, int count, double *means, int *covering)
 
 void medianPiece(const ComposeStep &step, image *destination, const Piece &piece, MedianRoom *room)
 {
-    if (std::all_of(step.sources.begin(), step.sources.end(),
+    constexpr size_t mostKeys = 65536;
+    if (step.sources.size() <= mostKeys &&
+        std::all_of(step.sources.begin(), step.sources.end(),
                     [&](const PlacedLayer &source) { return coversPlainly(source, piece); })) {
         plainMedian(step, destination, piece, room);
         return;
