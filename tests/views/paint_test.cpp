@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/colour.h"
 #include "core/cpu.h"
+#include "core/warpfield.h"
 #include "views/testhost.h"
 #include "views/viewrender.h"
+#include "views/warprender.h"
 
 #include <QtTest>
 
@@ -78,6 +80,27 @@ TEST(Render, RefusesWhatCannotBeShown)
     image empty;
     EXPECT_FALSE(renderView(empty, {1, 1, 0, 0, 9, 9}, {}, &out));
     EXPECT_FALSE(maskOutline(empty, {1, 1, 0, 0, 9, 9}, 4, &out));
+}
+
+TEST(Render, WarpsShowWhereTheyFetchFrom)
+{
+    constexpr uint32_t surround = 0xFF010203;
+    TestHost host;
+    const auto field = plainImage(4 * kWarpSquare, 2 * kWarpSquare, 0, 0, 0, 0);
+    const ViewGeometry view{1, 1, 0, 0, 4 * kWarpSquare + 5, 2 * kWarpSquare};
+    QImage still, moved;
+    ASSERT_TRUE(renderWarp(*field, view, surround, &still));
+    const int middle = kWarpSquare / 2;
+    EXPECT_NE(still.pixel(middle, middle), still.pixel(middle + kWarpSquare, middle));
+    EXPECT_EQ(still.pixel(middle, middle), still.pixel(middle + 2 * kWarpSquare, middle));
+    EXPECT_EQ(still.pixel(4 * kWarpSquare, 0), surround);
+    for (int64_t i = 0; i < field->sampleCount(); ++i)
+        setDisplacement(field.get(), i, {double(kWarpSquare), 0});
+    ASSERT_TRUE(renderWarp(*field, view, surround, &moved));
+    const auto green = [&](const QImage &of, int x) { return qGreen(of.pixel(x, middle)); };
+    EXPECT_EQ(green(moved, middle), green(still, middle + kWarpSquare));
+    EXPECT_GT(qRed(moved.pixel(middle, middle)), green(moved, middle)) << "tinted where it moves";
+    EXPECT_FALSE(renderWarp(*field, {}, surround, &moved));
 }
 
 TEST(Outline, SurroundsTheSelectionAndNothingElse)
