@@ -3,8 +3,10 @@
 
 RecordingWorkspace::~RecordingWorkspace()
 {
-    while (!images.isEmpty())
-        delete images.takeFirst();
+    while (!images.isEmpty()) {
+        image *tree = images.takeFirst();
+        destroyTree(&tree);
+    }
 }
 
 void RecordingWorkspace::refreshViews(image *)
