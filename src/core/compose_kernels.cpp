@@ -158,6 +158,22 @@ void behindSpan(const Span<Sample> &span)
     behindAlpha(span.over[3], k, span.under[3], span.count, span.opacity);
 }
 
+/// Over zeros the layer shows as it is, as opaque as its opacity lets it be.
+void behindOnEmpty(const PlaneSpan &span)
+{
+    for (int c = 0; c < 3; ++c)
+        std::copy(span.over[c], span.over[c] + span.count, span.under[c]);
+    eachGroup(
+        span.count,
+        [&](int x) KESTRANE_INLINE_LAMBDA {
+            storeTruncated(loadLanes(span.over[3] + x) * span.opacity, span.under[3] + x);
+        },
+        [&](int x) KESTRANE_INLINE_LAMBDA {
+            for (; x < span.count; ++x)
+                span.under[3][x] = stored(real(span.over[3][x]) * span.opacity);
+        });
+}
+
 template <class Mode, class Sample>
 void bitChannel(const Sample *__restrict over, uint16_t *__restrict under, int count)
 {
@@ -264,7 +280,7 @@ SpanFunctions channelModeSpans(int mode)
     case 36:
         return channelFunctions<Overlay, WholeOverlay>();
     case 37:
-        return {behindSpan<uint16_t>, behindSpan<double>};
+        return {behindSpan<uint16_t>, behindSpan<double>, behindOnEmpty};
     case 38:
         return channelFunctions<Divide>();
     case 39:

@@ -180,7 +180,8 @@ struct Drive : ChannelMode {
     template <class V>
     KESTRANE_MODE V value(V over, V under, double factor)
     {
-        const V gain = (over * kPerFull - 0.5) * 8.0 * factor + 1.0;
+        // Eight times the factor is exact, so it may be joined first.
+        const V gain = (over * kPerFull - 0.5) * (8.0 * factor) + 1.0;
         return limited(gain * (under - kHalf) + kHalf);
     }
 };
