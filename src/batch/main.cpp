@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "batch/batch.h"
 
-#include <QFile>
-#include <QGuiApplication>
-#include <QLoggingCategory>
-#include <QTextCodec>
+#include "core/commandline.h"
 
-#include <clocale>
+#include <QGuiApplication>
+
 #include <iostream>
 
-#include <langinfo.h>
 #include <unistd.h>
 
 namespace
@@ -23,27 +20,13 @@ void choosePlatform()
     platform += platform.isEmpty() ? "offscreen" : ";offscreen";
     qputenv("QT_QPA_PLATFORM", platform);
 }
-
-/// Under the C locale, as scheduled jobs have it, Qt would turn every other character
-/// of a file name into "?".
-void chooseFileNames()
-{
-    std::setlocale(LC_CTYPE, "");
-    if (QByteArray(nl_langinfo(CODESET)) == "ANSI_X3.4-1968")
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-}
 } // namespace
 
 int main(int argc, char **argv)
 {
     std::ios::sync_with_stdio(false);
     choosePlatform();
-    chooseFileNames();
-    // Diagnostics, Qt's among them, are no messages; QT_LOGGING_RULES brings them back.
-    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.warning=false"));
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i)
-        arguments += QFile::decodeName(argv[i]);
+    const QStringList arguments = commandLineArguments(argc, argv);
     // Qt sees the program's name alone: the options are ours.
     int count = argc < 1 ? 0 : 1;
     const QGuiApplication app(count, argv);

@@ -307,79 +307,65 @@ KESTRANE_ALWAYS_INLINE double tilt(Rgb over)
 {
     return (over.red + over.green + over.blue) / 196605.0 - 0.5;
 }
-struct Hue : PixelMode {
+/// What lies below with one of its components set by `Change`.
+template <class Change>
+struct HsvMode : PixelMode {
     KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
     {
         Hsv hsv = inlined::rgbToHsv(under);
-        hsv.hue = inlined::rgbToHsv(over).hue;
+        Change::apply(over, hsv);
         return inlined::hsvToRgb(hsv);
     }
 };
-struct Saturation : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
+struct TakeHue {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv) { hsv.hue = inlined::rgbToHsv(over).hue; }
+};
+struct TakeSaturation {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv)
     {
-        Hsv hsv = inlined::rgbToHsv(under);
         hsv.saturation = inlined::rgbToHsv(over).saturation;
-        return inlined::hsvToRgb(hsv);
     }
 };
-struct Value : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
-    {
-        Hsv hsv = inlined::rgbToHsv(under);
-        hsv.value = inlined::rgbToHsv(over).value;
-        return inlined::hsvToRgb(hsv);
-    }
+struct TakeValue {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv) { hsv.value = inlined::rgbToHsv(over).value; }
 };
-struct Tint : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
+struct TurnHue {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv)
     {
-        Hsv hsv = inlined::rgbToHsv(under);
         const double turned = hsv.hue + 2.0 * tilt(over) * 45.0;
         hsv.hue = turned > 360.0 ? turned - 360.0 : turned < 0.0 ? turned + 360.0 : turned;
-        return inlined::hsvToRgb(hsv);
     }
 };
-struct Saturate : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
+struct TiltSaturation {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv)
     {
-        Hsv hsv = inlined::rgbToHsv(under);
         hsv.saturation = clampRange(hsv.saturation + 2.0 * tilt(over) * 100.0, 0.0, 100.0);
-        return inlined::hsvToRgb(hsv);
     }
 };
-struct Envalue : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
+struct TiltValue {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv)
     {
-        Hsv hsv = inlined::rgbToHsv(under);
         hsv.value = clampRange(hsv.value + 2.0 * tilt(over) * 100.0, 0.0, 100.0);
-        return inlined::hsvToRgb(hsv);
     }
 };
-struct SetHue : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
-    {
-        Hsv hsv = inlined::rgbToHsv(under);
-        hsv.hue = mean(over) / kFull * 360.0;
-        return inlined::hsvToRgb(hsv);
-    }
+struct MeanAsHue {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv) { hsv.hue = mean(over) / kFull * 360.0; }
 };
-struct SetSaturation : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
-    {
-        Hsv hsv = inlined::rgbToHsv(under);
-        hsv.saturation = mean(over) / kFull * 100.0;
-        return inlined::hsvToRgb(hsv);
-    }
+struct MeanAsSaturation {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv) { hsv.saturation = mean(over) / kFull * 100.0; }
 };
-struct SetValue : PixelMode {
-    KESTRANE_MODE Rgb value(Rgb over, Rgb under, double)
-    {
-        Hsv hsv = inlined::rgbToHsv(under);
-        hsv.value = mean(over) / kFull * 100.0;
-        return inlined::hsvToRgb(hsv);
-    }
+struct MeanAsValue {
+    KESTRANE_MODE void apply(Rgb over, Hsv &hsv) { hsv.value = mean(over) / kFull * 100.0; }
 };
+using Hue = HsvMode<TakeHue>;
+using Saturation = HsvMode<TakeSaturation>;
+using Value = HsvMode<TakeValue>;
+using Tint = HsvMode<TurnHue>;
+using Saturate = HsvMode<TiltSaturation>;
+using Envalue = HsvMode<TiltValue>;
+using SetHue = HsvMode<MeanAsHue>;
+using SetSaturation = HsvMode<MeanAsSaturation>;
+using SetValue = HsvMode<MeanAsValue>;
 
 // --- Alpha alone -----------------------------------------------------------------------------
 

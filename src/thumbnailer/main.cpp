@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "thumbnailer/thumbnail.h"
 
+#include "core/commandline.h"
+
 #include <QCoreApplication>
 #include <QFile>
-#include <QLoggingCategory>
 #include <QStringList>
-#include <QTextCodec>
 #include <QUrl>
 
-#include <langinfo.h>
-
-#include <clocale>
 #include <cstdio>
 #include <optional>
 
@@ -24,15 +21,6 @@ struct Options {
     int side = kDefaultThumbnailSide;
     QString input, output;
 };
-
-/// Under the C locale, as services have it, Qt would turn every other character of a file
-/// name into "?".
-void chooseFileNames()
-{
-    std::setlocale(LC_CTYPE, "");
-    if (QByteArray(nl_langinfo(CODESET)) == "ANSI_X3.4-1968")
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-}
 
 QString pathOf(const QString &argument)
 {
@@ -61,11 +49,7 @@ std::optional<Options> parse(QStringList arguments)
 
 int main(int argc, char **argv)
 {
-    chooseFileNames();
-    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.warning=false"));
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i)
-        arguments += QFile::decodeName(argv[i]);
+    const QStringList arguments = commandLineArguments(argc, argv);
     // Qt sees the program's name alone: the options are ours.
     int count = argc < 1 ? 0 : 1;
     const QCoreApplication app(count, argv);
