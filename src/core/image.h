@@ -203,6 +203,8 @@ public:
     bool quantised = false;
     QString paletteSource = QStringLiteral("Unset");
     image *target = nullptr;
+    QList<int> guidesX, guidesY;   ///< places of the guides, in samples; not stored in files
+    int32_t cameraOrientation = 0; ///< of a camera RAW as recorded, EXIF 1 to 8; 0: no RAW
 
 private:
     bool allocatePlane(uint16_t **plane, const char *label, int64_t samples);

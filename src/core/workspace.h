@@ -65,7 +65,21 @@ public:
     int checkerDark = 118, checkerLight = 138;
     bool gridState = false, gridColorToggle = false;
     bool rememberPosition = true;
-    int curveMode = 1; ///< blend curve: 0 conical, 1 flat, 2 maximum axis, 3 sine
+    bool showRulers = false;
+    int rulerUnit = 0; ///< 0 samples, 1 inches, 2 centimetres, by the image's dots per inch
+    int snapGridX = 16, snapGridY = 16;   ///< spacing of the snap grid in samples
+    int snapOffsetX = 0, snapOffsetY = 0; ///< where its first lines stand
+    bool snapGridShown = false;
+    bool snapToGrid = false, snapToGuides = true;
+    bool guidesShown = true;
+    bool showNotations = true;
+    bool png16 = false;            ///< PNG is read and written at 16 bits a channel
+    bool rawDevelop = false;       ///< a camera RAW picture is developed after it was read
+    bool systemFileDialog = false; ///< the desktop's file dialog instead of the program's own
+    int recentLimit = 16;          ///< recent files kept, 1 to 33
+    int recoveryMinutes = 5;       ///< between background saves of changed pictures; 0: none
+    int toolIconSize = 24;         ///< side of the tool buttons' icons, in points
+    int curveMode = 1;             ///< blend curve: 0 conical, 1 flat, 2 maximum axis, 3 sine
     double curveAmplitude = 1.0;
     double curveFloor = 0.0;
     int curveFactor = 0; ///< index in the factor list

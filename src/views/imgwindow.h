@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/filerecord.h"
+#include "views/notationeditor.h"
 
 #include <QDialog>
 #include <QImage>
@@ -49,10 +50,28 @@ enum WindowCommandNumber {
     kCommandSelectEntire = 19,
     kCommandSelectNone = 20,
     kCommandInvertMask = 21,
+    kCommandAntialias = 22,
+    kCommandCopy = 23,
+    kCommandCut = 24,
+    kCommandPaste = 25,
+    kCommandPasteAsNew = 26,
+    kCommandPasteAsLayer = 27,
+    kCommandRulers = 28,
+    kCommandSnapGrid = 29,
+    kCommandSnapToGrid = 30,
     kCommandClone = 31,
     kCommandCloneScaled = 32,
+    kCommandGuides = 33,
+    kCommandSnapToGuides = 34,
+    kCommandClearGuides = 35,
+    kCommandNotationsShown = 36,
     kCommandRedo = 37,
+    kCommandNotations = 38,
+    kCommandChecker = 39,
+    kCommandFullScreen = 40,
     kCommandRestoreCrop = 41,
+    kCommandSameView = 42,
+    kCommandInformation = 43,
     kCommandMakeLayered = 44,
     kCommandRename = 45,
     kCommandClose = 46,
@@ -62,12 +81,41 @@ enum WindowCommandNumber {
     kCommandApply = 50,
     kCommandQuarterTurn = 51,
     kCommandFitWindow = 52,
+    kCommandQuarterTurnLeft = 53,
+    kCommandHalfTurn = 54,
+    kCommandFlipHorizontal = 55,
+    kCommandFlipVertical = 56,
+    kCommandTurnUpright = 57,
+    kCommandDevelop = 58,
+    kCommandSaveFlat = 59,
+    kCommandExportAnimation = 60,
+    kCommandLoadNext = 61,
+    kCommandNextImage = 62,
+    kCommandPreviousImage = 63,
+    kCommandAssignBrush = 64,
+    kCommandAssignOrigin = 65,
+    kCommandApplyAgain = 66,
+    kCommandPageUp = 67,
+    kCommandPageDown = 68,
+    kCommandPageLeft = 69,
+    kCommandPageRight = 70,
+    kCommandPreferences = 71,
+    kCommandKeys = 72,
+    kCommandLayers = 73,
+    kCommandOperators = 74,
+    kCommandCloseAll = 75,
+    kCommandQuit = 76,
+    kCommandPresetIn = 77,
+    kCommandPresetOut = 78,
+    kCommandRatioFirst = 80, ///< 10:1; the next ones follow down to 1:4
+    kCommandRatioLast = 92,
     kCommandRevert = 113,
     kCommandLoadDialog = 115,
     kCommandNewDialog = 116,
     kCommandRecentFirst = 117,
     kCommandRecentLast = 149,
     kCommandGroupUndo = 150,
+    kCommandMaskJob = 151,
     kCommandFillScreen = 152,
     kCommandGroupRedo = 153,
     kCommandFrameMargins = 155
@@ -143,6 +191,7 @@ public:
     QKeyEvent *event_ = nullptr; ///< only while it is handled
     FileRecord bag;
     bool gridShown = false;
+    NotationEditor notes{this};
 
 public slots:
     void ona10to1triggered();
@@ -165,6 +214,7 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;

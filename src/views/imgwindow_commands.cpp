@@ -2,6 +2,7 @@
 #include "core/image.h"
 #include "core/undo.h"
 #include "core/workspace.h"
+#include "views/clipboardacts.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 #include "views/windowacts.h"
@@ -155,7 +156,8 @@ void imgWindow::runCommand(int number)
     case kCommandFrameMargins:
         host->recordFrameMargins(this);
         break;
-    default: // numbers that no act is bound to
+    default:
+        host->hostCommand(this, number);
         break;
     }
 }
@@ -281,6 +283,21 @@ bool imgWindow::actCommand(int number)
         return true;
     case kCommandInvertMask:
         invertSelection(img);
+        return true;
+    case kCommandCopy:
+        copyToClipboard(img);
+        return true;
+    case kCommandCut:
+        cutToClipboard(img);
+        return true;
+    case kCommandPaste:
+        pasteInto(img, windowToSample(clientCentre().x(), clientCentre().y()));
+        return true;
+    case kCommandPasteAsNew:
+        pasteAsNew();
+        return true;
+    case kCommandPasteAsLayer:
+        pasteAsLayer(img);
         return true;
     case kCommandClone:
         cloneImage(img);

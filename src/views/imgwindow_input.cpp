@@ -38,6 +38,10 @@ void imgWindow::keyPressEvent(QKeyEvent *event)
     }
     // Set first: a command may open a box, whose event loop can outlive this window.
     event->accept();
+    if (notes.keyPress(*event)) {
+        event_ = nullptr;
+        return;
+    }
     const int number = keyTable().command(lastKey, modifiers);
     ViewHost *host = viewHost();
     if (number > 0)
@@ -75,13 +79,25 @@ void imgWindow::mousePressEvent(QMouseEvent *event)
         draggingView = true;
         dragFrom = windowToImage(event->localPos().x(), event->localPos().y());
         setCursor(Qt::ClosedHandCursor);
+    } else if (notes.press(*event, windowToImage(event->localPos().x(), event->localPos().y()))) {
+        return;
     } else if (event->button() == Qt::LeftButton) {
         choosePreview(event->localPos());
     }
 }
 
+void imgWindow::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (!validImage() ||
+        !notes.doubleClick(*event, windowToImage(event->localPos().x(), event->localPos().y())))
+        mousePressEvent(event);
+}
+
 void imgWindow::mouseReleaseEvent(QMouseEvent *event)
 {
+    if (event && validImage() && !draggingView &&
+        notes.release(*event, windowToImage(event->localPos().x(), event->localPos().y())))
+        return;
     if (!event || !draggingView || event->buttons() & (Qt::LeftButton | Qt::MiddleButton))
         return;
     draggingView = false;
@@ -101,7 +117,8 @@ void imgWindow::mouseMoveEvent(QMouseEvent *event)
         return;
     if (draggingView)
         dragView(event->localPos());
-    else if (event->buttons() & Qt::LeftButton)
+    else if (!notes.move(*event, windowToImage(event->localPos().x(), event->localPos().y())) &&
+             event->buttons() & Qt::LeftButton)
         choosePreview(event->localPos());
     reportPointer(event->localPos());
 }

@@ -41,6 +41,7 @@ void imgWindow::paintEvent(QPaintEvent *)
     if (gridShown)
         drawGrid(&painter);
     drawSelection(&painter);
+    notes.draw(&painter);
 }
 
 /// A master follows its layers when it, or one of them, is next seen: so many changes in a

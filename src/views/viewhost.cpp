@@ -70,6 +70,12 @@ void ViewHost::showNewImageDialog() {}
 void ViewHost::saveImage(imgWindow *) {}
 void ViewHost::showSaveDialog(imgWindow *, bool) {}
 void ViewHost::openRecentFile(int) {}
+
+bool ViewHost::hostCommand(imgWindow *, int)
+{
+    return false;
+}
+
 void ViewHost::openUrls(const QList<QUrl> &) {}
 void ViewHost::updateMenus() {}
 void ViewHost::refreshOperatorSource() {}
@@ -82,6 +88,8 @@ bool ViewHost::globalKey(QKeyEvent *)
 
 void ViewHost::pointerOver(imgWindow *, int, int) {}
 void ViewHost::openView(image *) {}
+void ViewHost::notationsChanged(image *, int) {}
+void ViewHost::editNotation(imgWindow *, int) {}
 void ViewHost::windowClosed(imgWindow *) {}
 void ViewHost::recordFrameMargins(imgWindow *) {}
 void ViewHost::rememberPlace(imgWindow *) {}

@@ -24,6 +24,7 @@ public:
     bool closingAll = false;
     bool pendingDiscard = false; ///< a master is to be destroyed by the timer
     image *pendingDiscardImage = nullptr;
+    bool editingNotations = false; ///< mouse and keys in image windows work on the notes
 
     /// The current window if it is in the list and both validity marks match, else null.
     imgWindow *validCurrent() const;
@@ -47,6 +48,9 @@ public:
     virtual void saveImage(imgWindow *window);
     virtual void showSaveDialog(imgWindow *window, bool flat);
     virtual void openRecentFile(int position);
+    /// A command that the main window carries out: dialogs, next image, quit and the like.
+    /// True if it was one.
+    virtual bool hostCommand(imgWindow *window, int number);
     virtual void openUrls(const QList<QUrl> &urls);
     /// Enabled states of menus and buttons may have changed.
     virtual void updateMenus();
@@ -59,6 +63,10 @@ public:
     /// The mouse stands over this sample of the image (outside: x is -1).
     virtual void pointerOver(imgWindow *window, int x, int y);
     virtual void openView(image *img);
+    /// The notes of an image changed, or another one was chosen in a window (-1: none).
+    virtual void notationsChanged(image *img, int chosen);
+    /// The person asked for the text and the look of a note, by a double click or a key.
+    virtual void editNotation(imgWindow *window, int index);
     /// The window is going: it is out of the list already.
     virtual void windowClosed(imgWindow *window);
     /// Margins that the window manager puts around a window.
