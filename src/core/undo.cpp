@@ -33,6 +33,10 @@ void copyFields(const image &from, image *to)
 {
     to->changed = from.changed;
     to->copyMetadata(from);
+    // A turn changes what these say of the orientation. Their data are shared, not copied.
+    to->tagBlock = from.tagBlock;
+    to->tagLines = from.tagLines;
+    to->cameraOrientation = from.cameraOrientation;
     to->creationTime = from.creationTime;
     to->modificationTime = from.modificationTime;
     to->imageMode = from.imageMode;

@@ -2,6 +2,7 @@
 #include "formats/load.h"
 
 #include "core/workspace.h"
+#include "formats/develop.h"
 #include "formats/exif.h"
 #include "formats/readers.h"
 #include "formats/tagged.h"
@@ -103,6 +104,16 @@ Outcome readQtForm(const FileRecord &record)
     return outcome;
 }
 
+/// A picture of its own to look at, if the person wants that: undoing brings the linear
+/// samples back. It is not changed by it, no more than a JPEG is by its decoding.
+Outcome readCameraRaw(const FileRecord &record)
+{
+    Outcome outcome{readThroughLibRaw(record.fullPath, record), true, true, {}};
+    if (outcome.img && workspace() && workspace()->rawDevelop && developRaw(outcome.img.get()))
+        outcome.img->changed = false;
+    return outcome;
+}
+
 bool inList(const QString &path, const QStringList &extensions)
 {
     return std::any_of(extensions.begin(), extensions.end(), [&path](const QString &extension) {
@@ -118,7 +129,7 @@ Outcome readByName(const FileRecord &record)
     if (inList(path, qtExtensions()))
         return readQtForm(record);
     if (inList(path, rawExtensions()))
-        return {readThroughLibRaw(path, record), true, true, {}};
+        return readCameraRaw(record);
     if (endsWith(path, ".iff")) {
         Outcome outcome = runReader(kIffReader, record, "IFF");
         outcome.final = true;

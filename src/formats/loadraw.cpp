@@ -46,6 +46,7 @@ void takeMetadata(const RawOutcome &raw, image &img)
     img.aperture = double(raw.aperture);
     img.focalLength = double(raw.focalLength);
     img.iso = double(raw.iso);
+    img.cameraOrientation = std::clamp(raw.orientation, 1, 8);
     if (const QString description = textOf(raw.description); !description.isEmpty())
         img.annotation = description;
     if (const QString artist = textOf(raw.artist); !artist.isEmpty())

@@ -66,6 +66,13 @@ void takeMetadata(const libraw_data_t &data, RawOutcome *out)
     copyText(out->software, data.idata.software);
 }
 
+/// LibRaw keeps a set of bits: mirrored left to right, top to bottom, sides swapped.
+int exifOrientationOf(int flip)
+{
+    constexpr int exif[8] = {1, 2, 4, 3, 5, 8, 6, 7};
+    return exif[flip & 7];
+}
+
 /// The calls in their order. Those after unpack give no result worth a test: lost data
 /// shows in the picture alone.
 void decode(LibRaw &processor, const char *path, int64_t fileBytes, RawOutcome *out)
@@ -91,6 +98,7 @@ void decode(LibRaw &processor, const char *path, int64_t fileBytes, RawOutcome *
     out->stage = data.image ? RawOutcome::Done : RawOutcome::NoPicture;
     out->width = data.sizes.iwidth;
     out->height = data.sizes.iheight;
+    out->orientation = exifOrientationOf(data.sizes.flip);
     takeMetadata(data, out);
 }
 

@@ -13,7 +13,8 @@ struct RawOutcome {
     int32_t stage;
     int32_t code; ///< LibRaw's, where a call failed
     int32_t width, height;
-    int32_t damaged; ///< LibRaw met data that it could not make sense of
+    int32_t orientation; ///< as recorded by the camera, EXIF 1 to 8
+    int32_t damaged;     ///< LibRaw met data that it could not make sense of
     float shutter, aperture, focalLength, iso;
     float latitude[3], longitude[3]; ///< degrees, minutes, seconds
     float altitude;
