@@ -3,7 +3,7 @@
 
 #include "views/imgwindow.h"
 
-#include <QtGlobal>
+#include <QChar>
 
 #include <algorithm>
 
@@ -15,9 +15,23 @@ constexpr int kModifiers = int(Qt::SHIFT) | int(Qt::CTRL) | int(Qt::ALT) | int(Q
 /// A sign that a keyboard may put behind Shift: the sign counts, not how it is reached.
 bool isSign(int key)
 {
-    return key > Qt::Key_Space && key < 0x7F && !(key >= Qt::Key_A && key <= Qt::Key_Z) &&
-           !(key >= Qt::Key_0 && key <= Qt::Key_9);
+    return key > Qt::Key_Space && key < Qt::Key_Escape && QChar::isPrint(uint(key)) &&
+           !QChar::isLetterOrNumber(uint(key));
 }
+
+bool isDigit(int key)
+{
+    return key >= Qt::Key_0 && key <= Qt::Key_9;
+}
+
+bool isModifierKey(int key)
+{
+    return (key >= Qt::Key_Shift && key <= Qt::Key_ScrollLock) ||
+           (key >= Qt::Key_Super_L && key <= Qt::Key_Hyper_R) || key == Qt::Key_AltGr ||
+           key == Qt::Key_Mode_switch;
+}
+
+constexpr int kRecentKeys = 9; ///< the digits, without 0
 
 /// For each command its own key first: menus show that one and send it.
 constexpr KeyTable::Binding kDefaults[] = {
@@ -43,6 +57,7 @@ constexpr KeyTable::Binding kDefaults[] = {
     {Qt::Key_G, kCommandGrid},
     {kShift | Qt::Key_G, kCommandGridColor},
     {Qt::Key_1, kCommandShowAtOne},
+    {kCtrl | Qt::Key_1, kCommandShowAtOne},
     {Qt::Key_Plus, kCommandZoomIn},
     {Qt::Key_Equal, kCommandZoomIn},
     {kCtrl | Qt::Key_Plus, kCommandZoomIn},
@@ -55,7 +70,11 @@ constexpr KeyTable::Binding kDefaults[] = {
     {kCtrl | Qt::Key_A, kCommandSelectEntire},
     {Qt::Key_F1, kCommandSelectEntire},
     {kCtrl | Qt::Key_D, kCommandSelectNone},
+    {kCtrl | kShift | Qt::Key_A, kCommandSelectNone},
     {kCtrl | Qt::Key_I, kCommandInvertMask},
+    {kCtrl | kShift | Qt::Key_I, kCommandInvertMask},
+    {Qt::Key_A, kCommandAntialias},
+    {kShift | Qt::Key_M, kCommandMaskJob},
     {kCtrl | Qt::Key_C, kCommandCopy},
     {kCtrl | Qt::Key_X, kCommandCut},
     {kCtrl | Qt::Key_V, kCommandPaste},
@@ -66,14 +85,18 @@ constexpr KeyTable::Binding kDefaults[] = {
     {kCtrl | kShift | Qt::Key_G, kCommandSnapToGrid},
     {Qt::Key_Semicolon, kCommandGuides},
     {kCtrl | Qt::Key_Semicolon, kCommandSnapToGuides},
+    {kCtrl | kAlt | Qt::Key_Semicolon, kCommandClearGuides},
     {kCtrl | kShift | Qt::Key_N, kCommandNotations},
     {kShift | Qt::Key_N, kCommandNotationsShown},
     {Qt::Key_K, kCommandChecker},
-    {Qt::Key_F11 | kCtrl, kCommandFullScreen},
+    {kCtrl | Qt::Key_F11, kCommandFullScreen},
     {kShift | Qt::Key_V, kCommandSameView},
     {Qt::Key_I, kCommandInformation},
     {kCtrl | Qt::Key_J, kCommandClone},
     {kCtrl | kShift | Qt::Key_J, kCommandCloneScaled},
+    {kShift | Qt::Key_L, kCommandMakeLayered},
+    {Qt::Key_B, kCommandAssignBrush},
+    {kShift | Qt::Key_O, kCommandAssignOrigin},
     {kShift | Qt::Key_B, kCommandRestoreCrop},
     {Qt::Key_N, kCommandRename},
     {kCtrl | Qt::Key_W, kCommandClose},
@@ -84,14 +107,20 @@ constexpr KeyTable::Binding kDefaults[] = {
     {kCtrl | Qt::Key_Enter, kCommandApply},
     {Qt::Key_Q, kCommandQuarterTurn},
     {kShift | Qt::Key_Q, kCommandQuarterTurnLeft},
-    {kShift | Qt::Key_H, kCommandFlipHorizontal},
+    {kAlt | Qt::Key_Q, kCommandHalfTurn},
+    {kShift | Qt::Key_X, kCommandFlipHorizontal},
+    {kShift | Qt::Key_Y, kCommandFlipVertical},
+    {kCtrl | kAlt | Qt::Key_U, kCommandTurnUpright},
+    {kCtrl | kShift | Qt::Key_D, kCommandDevelop},
     {kCtrl | kAlt | Qt::Key_S, kCommandSaveFlat},
+    {kCtrl | kShift | Qt::Key_E, kCommandExportAnimation},
     {kCtrl | kShift | Qt::Key_O, kCommandLoadNext},
     {kCtrl | Qt::Key_Tab, kCommandNextImage},
     {kCtrl | Qt::Key_PageDown, kCommandNextImage},
     {kCtrl | kShift | Qt::Key_Backtab, kCommandPreviousImage},
     {kCtrl | Qt::Key_PageUp, kCommandPreviousImage},
     {kCtrl | kShift | Qt::Key_Return, kCommandApplyAgain},
+    {kCtrl | kShift | Qt::Key_Enter, kCommandApplyAgain},
     {Qt::Key_PageUp, kCommandPageUp},
     {Qt::Key_PageDown, kCommandPageDown},
     {kShift | Qt::Key_PageUp, kCommandPageLeft},
@@ -108,74 +137,62 @@ constexpr KeyTable::Binding kDefaults[] = {
     {Qt::Key_3, kCommandRatioFirst + 7},
     {Qt::Key_4, kCommandRatioFirst + 6},
     {Qt::Key_5, kCommandRatioFirst + 5},
+    {Qt::Key_6, kCommandRatioFirst + 4},
+    {Qt::Key_7, kCommandRatioFirst + 3},
+    {Qt::Key_8, kCommandRatioFirst + 2},
+    {Qt::Key_9, kCommandRatioFirst + 1},
+    {kCtrl | Qt::Key_2, kCommandRatioFirst + 10},
+    {kCtrl | Qt::Key_3, kCommandRatioFirst + 11},
+    {kCtrl | Qt::Key_4, kCommandRatioFirst + 12},
     {kCtrl | Qt::Key_O, kCommandLoadDialog},
     {kCtrl | Qt::Key_N, kCommandNewDialog},
 };
 } // namespace
-
-const QList<WindowCommand> &windowCommands()
-{
-    static const QList<WindowCommand> commands = {
-        {kCommandCentre, QT_TRANSLATE_NOOP("WindowCommand", "Move to the middle")},
-        {kCommandZoomOne, QT_TRANSLATE_NOOP("WindowCommand", "Zoom to scale 1")},
-        {kCommandHome, QT_TRANSLATE_NOOP("WindowCommand", "Move to the top left")},
-        {kCommandUp10, QT_TRANSLATE_NOOP("WindowCommand", "Pan up by 10")},
-        {kCommandUp, QT_TRANSLATE_NOOP("WindowCommand", "Pan up")},
-        {kCommandDown10, QT_TRANSLATE_NOOP("WindowCommand", "Pan down by 10")},
-        {kCommandDown, QT_TRANSLATE_NOOP("WindowCommand", "Pan down")},
-        {kCommandLeft10, QT_TRANSLATE_NOOP("WindowCommand", "Pan left by 10")},
-        {kCommandLeft, QT_TRANSLATE_NOOP("WindowCommand", "Pan left")},
-        {kCommandRight10, QT_TRANSLATE_NOOP("WindowCommand", "Pan right by 10")},
-        {kCommandRight, QT_TRANSLATE_NOOP("WindowCommand", "Pan right")},
-        {kCommandGridColor, QT_TRANSLATE_NOOP("WindowCommand", "Grid colour")},
-        {kCommandGrid, QT_TRANSLATE_NOOP("WindowCommand", "Pixel grid")},
-        {kCommandUndo, QT_TRANSLATE_NOOP("WindowCommand", "Undo")},
-        {kCommandShowAtOne, QT_TRANSLATE_NOOP("WindowCommand", "Show at 1:1")},
-        {kCommandZoomIn, QT_TRANSLATE_NOOP("WindowCommand", "Zoom in")},
-        {kCommandZoomOut, QT_TRANSLATE_NOOP("WindowCommand", "Zoom out")},
-        {kCommandFitView, QT_TRANSLATE_NOOP("WindowCommand", "Show the whole image")},
-        {kCommandSelectEntire, QT_TRANSLATE_NOOP("WindowCommand", "Select the entire image")},
-        {kCommandSelectNone, QT_TRANSLATE_NOOP("WindowCommand", "Select nothing")},
-        {kCommandInvertMask, QT_TRANSLATE_NOOP("WindowCommand", "Invert the selection")},
-        {kCommandClone, QT_TRANSLATE_NOOP("WindowCommand", "Clone")},
-        {kCommandCloneScaled, QT_TRANSLATE_NOOP("WindowCommand", "Clone at the window's size")},
-        {kCommandRedo, QT_TRANSLATE_NOOP("WindowCommand", "Redo")},
-        {kCommandRestoreCrop, QT_TRANSLATE_NOOP("WindowCommand", "Restore crop to its origin")},
-        {kCommandRename, QT_TRANSLATE_NOOP("WindowCommand", "Rename")},
-        {kCommandClose, QT_TRANSLATE_NOOP("WindowCommand", "Close")},
-        {kCommandAnotherView, QT_TRANSLATE_NOOP("WindowCommand", "Open another view")},
-        {kCommandSave, QT_TRANSLATE_NOOP("WindowCommand", "Save")},
-        {kCommandSaveAs, QT_TRANSLATE_NOOP("WindowCommand", "Save as")},
-        {kCommandApply, QT_TRANSLATE_NOOP("WindowCommand", "Apply the operator")},
-        {kCommandQuarterTurn, QT_TRANSLATE_NOOP("WindowCommand", "Quarter turn clockwise")},
-        {kCommandFitWindow, QT_TRANSLATE_NOOP("WindowCommand", "Fit the window")},
-        {kCommandRevert, QT_TRANSLATE_NOOP("WindowCommand", "Revert to the file")},
-        {kCommandLoadDialog, QT_TRANSLATE_NOOP("WindowCommand", "Load an image")},
-        {kCommandNewDialog, QT_TRANSLATE_NOOP("WindowCommand", "New image")},
-        {kCommandGroupUndo, QT_TRANSLATE_NOOP("WindowCommand", "Group undo")},
-        {kCommandFillScreen, QT_TRANSLATE_NOOP("WindowCommand", "Fill the screen")},
-        {kCommandGroupRedo, QT_TRANSLATE_NOOP("WindowCommand", "Group redo")},
-        {kCommandFrameMargins, QT_TRANSLATE_NOOP("WindowCommand", "Record frame margins")},
-    };
-    return commands;
-}
 
 KeyTable KeyTable::defaults()
 {
     KeyTable table;
     for (const Binding &binding : kDefaults)
         table.list << binding;
+    for (int i = 0; i < kRecentKeys; ++i)
+        table.list << Binding{kAlt | (Qt::Key_1 + i), kCommandRecentFirst + i};
     return table;
+}
+
+int KeyTable::plainKey(int keyWithModifiers)
+{
+    const int code = keyWithModifiers & ~int(Qt::KeyboardModifierMask);
+    const int modifiers = keyWithModifiers & kModifiers;
+    if (isSign(code))
+        return code | (modifiers & ~kShift);
+    // Shift with Tab is another key to some keyboards, and to others it is not.
+    const bool backtab = code == Qt::Key_Backtab || (code == Qt::Key_Tab && (modifiers & kShift));
+    return backtab ? Qt::Key_Backtab | modifiers | kShift : code | modifiers;
+}
+
+bool KeyTable::isBindable(int key)
+{
+    const int code = key & ~int(Qt::KeyboardModifierMask);
+    if (code <= 0 || code == Qt::Key_unknown || isModifierKey(code) || plainKey(key) != key)
+        return false;
+    const QString text = QKeySequence(key).toString(QKeySequence::PortableText);
+    const QKeySequence read = QKeySequence::fromString(text, QKeySequence::PortableText);
+    return !text.isEmpty() && read.count() == 1 && read[0] == key;
+}
+
+int KeyTable::commandAt(int key) const
+{
+    const auto found =
+        std::find_if(list.begin(), list.end(), [key](const Binding &b) { return b.key == key; });
+    return found == list.end() ? 0 : found->command;
 }
 
 int KeyTable::command(int key, Qt::KeyboardModifiers modifiers) const
 {
-    int wanted = key | (int(modifiers) & kModifiers);
-    if (isSign(key))
-        wanted &= ~kShift;
-    const auto found = std::find_if(list.begin(), list.end(),
-                                    [wanted](const Binding &b) { return b.key == wanted; });
-    return found == list.end() ? 0 : found->command;
+    const int wanted = plainKey(key | int(modifiers));
+    const int bound = commandAt(wanted);
+    // There are keyboards with the digits behind Shift.
+    return bound == 0 && isDigit(key) && (wanted & kShift) ? commandAt(wanted & ~kShift) : bound;
 }
 
 int KeyTable::keyOf(int commandNumber) const
@@ -192,15 +209,31 @@ QKeySequence KeyTable::sequenceOf(int commandNumber) const
     return key ? QKeySequence(key) : QKeySequence();
 }
 
+QList<int> KeyTable::keysOf(int commandNumber) const
+{
+    QList<int> keys;
+    for (const Binding &binding : list)
+        if (binding.command == commandNumber)
+            keys << binding.key;
+    return keys;
+}
+
 void KeyTable::bind(int keyWithModifiers, int commandNumber)
 {
-    const int key =
-        isSign(keyWithModifiers & ~kModifiers) ? keyWithModifiers & ~kShift : keyWithModifiers;
+    const int key = plainKey(keyWithModifiers);
     list.erase(
         std::remove_if(list.begin(), list.end(), [key](const Binding &b) { return b.key == key; }),
         list.end());
     if (commandNumber > 0)
         list << Binding{key, commandNumber};
+}
+
+void KeyTable::setKeys(int commandNumber, const QList<int> &keys)
+{
+    for (const int key : keysOf(commandNumber))
+        bind(key, 0);
+    for (const int key : keys)
+        bind(key, commandNumber);
 }
 
 KeyTable &keyTable()
