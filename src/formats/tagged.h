@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <atomic>
+
 struct FileRecord;
 class image;
 
@@ -24,3 +26,15 @@ ImageHolder readMaster(const FileRecord &record, bool *cancelled = nullptr);
 bool writeAtomic(const image *img, const QString &path, QString *error);
 /// As writeAtomic, for the stack that `member` (a master or one of its layers) belongs to.
 bool writeMaster(const image *member, const QString &path, QString *error);
+
+/// What a write in the background shares with whoever waits for it.
+struct BackgroundWrite {
+    std::atomic<bool> stop{false}; ///< set: it gives up soon
+    std::atomic<int> percent{0};
+};
+
+/// Writes a picture in the form of its kind, master or atomic, from any thread: the workspace
+/// is neither told nor asked, and nobody may change the picture meanwhile. Quick rather than
+/// small. False with a reason, kSaveCancelled after a stop; an older file then stands.
+bool writeInBackground(const image &picture, const QString &path, BackgroundWrite *state,
+                       QString *error);

@@ -15,7 +15,6 @@
 
 namespace
 {
-constexpr int kLevel = 9;
 constexpr int kSizeBytes = 4; ///< before the stream
 constexpr int64_t kSampleBytes = 2;
 constexpr int64_t kSamplesAtOnce = 1 << 16;
@@ -42,7 +41,7 @@ void swapBytes(const uint16_t *from, uint16_t *to, int64_t count)
 class Deflater
 {
 public:
-    explicit Deflater(const QByteArray &before) : good(deflateInit(&stream, kLevel) == Z_OK)
+    Deflater(const QByteArray &before, int level) : good(deflateInit(&stream, level) == Z_OK)
     {
         pieces.push_back(before);
     }
@@ -94,10 +93,10 @@ QByteArray sizeHead(int64_t samples)
 }
 
 /// The pieces of a packed plane. None if memory is short or the packer was stopped.
-std::vector<QByteArray> packPlane(const PlaneSource &plane, std::atomic<int64_t> *done,
+std::vector<QByteArray> packPlane(const PlaneSource &plane, int level, std::atomic<int64_t> *done,
                                   const std::atomic<bool> &stopped)
 {
-    Deflater deflater(sizeHead(plane.count));
+    Deflater deflater(sizeHead(plane.count), level);
     if (!deflater.started())
         return {};
     std::vector<uint16_t> chunk(size_t(std::min(kSamplesAtOnce, plane.count)));
@@ -152,8 +151,9 @@ bool inflateWhole(const unsigned char *data, int64_t size, unsigned char *out, i
 }
 } // namespace
 
-PlanePacker::PlanePacker(std::vector<PlaneSource> sources)
-    : planes(std::move(sources)), ahead(size_t(threads() + kSpare)), results(planes.size())
+PlanePacker::PlanePacker(std::vector<PlaneSource> sources, int level)
+    : planes(std::move(sources)), packLevel(level), ahead(size_t(threads() + kSpare)),
+      results(planes.size())
 {
     for (const PlaneSource &plane : planes)
         inAll += plane.count;
@@ -184,7 +184,7 @@ void PlanePacker::work()
         guard.unlock();
         std::vector<QByteArray> pieces;
         try {
-            pieces = packPlane(planes[index], &done, stopped);
+            pieces = packPlane(planes[index], packLevel, &done, stopped);
         } catch (const std::bad_alloc &) {
             pieces.clear();
         }

@@ -14,7 +14,10 @@
 
 /// A packed plane is what qCompress makes of its samples, high byte first, at level 9:
 /// their length in bytes as 32 bits, high byte first, and one zlib stream. A stream cannot
-/// be shared out, so it is planes that are worked on side by side.
+/// be shared out, so it is planes that are worked on side by side. A reader takes any level.
+
+constexpr int kSmallLevel = 9; ///< of files that are kept
+constexpr int kQuickLevel = 1; ///< of files that live for minutes
 
 struct PlaneSource {
     const uint16_t *samples;
@@ -26,7 +29,7 @@ struct PlaneSource {
 class PlanePacker
 {
 public:
-    explicit PlanePacker(std::vector<PlaneSource> sources);
+    explicit PlanePacker(std::vector<PlaneSource> sources, int level = kSmallLevel);
     /// Gives up what is not packed yet.
     ~PlanePacker();
     PlanePacker(const PlanePacker &) = delete;
@@ -47,6 +50,7 @@ private:
     void work();
 
     const std::vector<PlaneSource> planes;
+    const int packLevel;
     const size_t ahead;
     int64_t inAll = 0;
     std::mutex lock; ///< guards results, begun and taken

@@ -31,17 +31,20 @@ std::vector<PlaneSource> planesOf(const QList<const image *> &pictures)
     return planes;
 }
 
-/// Writes one file: the fields at once, the planes as they are packed.
+/// Writes one file: the fields at once, the planes as they are packed. In the background it
+/// leaves the workspace alone, which belongs to the main thread.
 class FormWriter
 {
 public:
-    FormWriter(QSaveFile *target, const QList<const image *> &pictures)
-        : file(target), out(target), packer(planesOf(pictures))
+    FormWriter(QSaveFile *target, const QList<const image *> &pictures,
+               BackgroundWrite *inBackground)
+        : file(target), out(target), background(inBackground),
+          packer(planesOf(pictures), inBackground ? kQuickLevel : kSmallLevel)
     {
     }
     ~FormWriter()
     {
-        if (workspace())
+        if (!background && workspace())
             workspace()->progress({}, 0, 0);
     }
     FormWriter(const FormWriter &) = delete;
@@ -113,16 +116,21 @@ private:
     void tell(const QString &progressText)
     {
         Workspace *space = workspace();
-        if (!space || !goingOn())
+        if (!goingOn() || (!background && !space))
             return;
-        space->progress(progressText, packer.samplesDone(), packer.samplesInAll());
-        if (space->cancelRequested())
+        const int64_t done = packer.samplesDone(), inAll = packer.samplesInAll();
+        if (background)
+            background->percent = int(done * 100 / std::max<int64_t>(inAll, 1));
+        else
+            space->progress(progressText, done, inAll);
+        if (background ? background->stop.load() : space->cancelRequested())
             reason = QLatin1String(kSaveCancelled);
     }
 
     QSaveFile *file;
     FieldWriter out;
-    QString reason; ///< why no more is written
+    QString reason;              ///< why no more is written
+    BackgroundWrite *background; ///< null: the person saves
     PlanePacker packer;
 };
 
@@ -139,9 +147,9 @@ bool allValid(const QList<const image *> &pictures)
     return std::all_of(pictures.begin(), pictures.end(),
                        [](const image *one) { return one && one->valid(); });
 }
-} // namespace
 
-bool writeAtomic(const image *img, const QString &path, QString *error)
+bool writeAtomicForm(const image *img, const QString &path, BackgroundWrite *background,
+                     QString *error)
 {
     if (!allValid({img}) || path.isEmpty()) {
         *error = QStringLiteral("no image or no name");
@@ -150,7 +158,7 @@ bool writeAtomic(const image *img, const QString &path, QString *error)
     QSaveFile file(path);
     if (!openFor(&file, error))
         return false;
-    FormWriter writer(&file, {img});
+    FormWriter writer(&file, {img}, background);
     writer.writeHeader(atomicHeader());
     writer.writeHead(atomicPart(), *img);
     writer.writeBody(atomicPart(), *img, text("saving image"));
@@ -158,7 +166,8 @@ bool writeAtomic(const image *img, const QString &path, QString *error)
     return writer.commit(error);
 }
 
-bool writeMaster(const image *member, const QString &path, QString *error)
+bool writeMasterForm(const image *member, const QString &path, BackgroundWrite *background,
+                     QString *error)
 {
     const image *master = masterOf(const_cast<image *>(member));
     QList<const image *> layers;
@@ -172,7 +181,7 @@ bool writeMaster(const image *member, const QString &path, QString *error)
     QSaveFile file(path);
     if (!openFor(&file, error))
         return false;
-    FormWriter writer(&file, layers);
+    FormWriter writer(&file, layers, background);
     writer.writeHeader(masterHeader());
     writer.writeHead(masterPart(), *master);
     writer.writeNotes(masterPart(), *master);
@@ -183,4 +192,22 @@ bool writeMaster(const image *member, const QString &path, QString *error)
                          text("saving layer %1 of %2").arg(i + 1).arg(layers.size()));
     }
     return writer.commit(error);
+}
+} // namespace
+
+bool writeAtomic(const image *img, const QString &path, QString *error)
+{
+    return writeAtomicForm(img, path, nullptr, error);
+}
+
+bool writeMaster(const image *member, const QString &path, QString *error)
+{
+    return writeMasterForm(member, path, nullptr, error);
+}
+
+bool writeInBackground(const image &picture, const QString &path, BackgroundWrite *state,
+                       QString *error)
+{
+    return picture.kind == 1 ? writeMasterForm(&picture, path, state, error)
+                             : writeAtomicForm(&picture, path, state, error);
 }
