@@ -11,6 +11,9 @@ class image;
 
 /// Whether the clipboard holds a picture.
 bool clipboardHasPicture();
+/// Leaves other programs the clipboard's picture at 8 bits and lets go of our own: the
+/// program is about to end.
+void releaseClipboard();
 /// Puts the selected part of an image on the clipboard, its alpha weighed by the
 /// selection; the whole image if nothing is selected. Of a master, as composed.
 /// False, told, if there is nothing to copy or memory is short.
