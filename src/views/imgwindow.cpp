@@ -5,6 +5,7 @@
 #include "core/memory.h"
 #include "core/workspace.h"
 #include "operators/base/operatortable.h"
+#include "views/snapping.h"
 #include "views/viewhost.h"
 #include "views/viewrender.h"
 
@@ -51,14 +52,13 @@ imgWindow::imgWindow(image *shown)
     connect(&settle, &QTimer::timeout, this, &imgWindow::settleAspect);
     gridShown = workspace() && workspace()->gridState;
     validMark = kWindowMark;
-    if (img && img->valid()) {
-        setWindowTitle(img->title);
-        setAccessibleName(img->title);
-    }
+    if (img && img->valid())
+        setWindowTitle(img->title); // which changeEvent describes to assistive tools
 }
 
 imgWindow::~imgWindow()
 {
+    finishJobs(false);
     validMark = 0;
     upfree(&zooms);
     if (ViewHost *host = viewHost()) {
@@ -111,8 +111,9 @@ bool imgWindow::steps(const char *caller, double *xStep, double *yStep) const
         qDebug() << "wxw = 0, forcing 0,0";
         return false;
     }
-    *xStep = double(img->width) / double(width()) / double(zoom);
-    *yStep = double(img->height) / double(height()) / double(zoom);
+    const QSizeF area = QSizeF(deviceArea().size()) / devicePixelRatioF();
+    *xStep = double(img->width) / area.width() / double(zoom);
+    *yStep = double(img->height) / area.height() / double(zoom);
     if (*xStep == 0.0)
         qDebug() << "xstep = 0, forcing 0,0";
     else if (*yStep == 0.0)
@@ -125,7 +126,9 @@ QPoint imgWindow::imageToWindow(QPointF position) const
     double xStep, yStep;
     if (!steps("imageToWindow", &xStep, &yStep))
         return {0, 0};
-    return {limitedInt((position.x() - panX) / xStep), limitedInt((position.y() - panY) / yStep)};
+    const QPointF corner = QPointF(deviceArea().topLeft()) / devicePixelRatioF();
+    return {limitedInt((position.x() - panX) / xStep + corner.x()),
+            limitedInt((position.y() - panY) / yStep + corner.y())};
 }
 
 QPointF imgWindow::scaleToImage(double x, double y) const
@@ -141,7 +144,8 @@ QPointF imgWindow::windowToImage(double x, double y) const
     double xStep, yStep;
     if (!steps("windowToImage", &xStep, &yStep))
         return {0, 0};
-    return {x * xStep + panX, y * yStep + panY};
+    const QPointF corner = QPointF(deviceArea().topLeft()) / devicePixelRatioF();
+    return {(x - corner.x()) * xStep + panX, (y - corner.y()) * yStep + panY};
 }
 
 QPoint imgWindow::windowToSample(double x, double y) const
@@ -150,24 +154,67 @@ QPoint imgWindow::windowToSample(double x, double y) const
     return {limitedInt(std::floor(place.x() + 0.5)), limitedInt(std::floor(place.y() + 0.5))};
 }
 
+QRect imgWindow::deviceArea() const
+{
+    const double ratio = devicePixelRatioF();
+    const QSize client(qRound(width() * ratio), qRound(height() * ratio));
+    const double aspect = shownAspect();
+    if (sizeIsGiven() && aspect > 0.0 && !client.isEmpty()) {
+        const int wide = std::clamp(int(client.height() * aspect), 1, client.width());
+        const int high = std::clamp(int(client.width() / aspect), 1, client.height());
+        return {(client.width() - wide) / 2, (client.height() - high) / 2, wide, high};
+    }
+    const QSize rest = askedPixels - client;
+    const bool rounded = size() == asked && std::max(rest.width(), rest.height()) <= 1 &&
+                         std::min(rest.width(), rest.height()) >= 0;
+    return {QPoint(0, 0), rounded ? askedPixels : client};
+}
+
 ViewGeometry imgWindow::geometryShown() const
 {
     ViewGeometry view;
     const double ratio = devicePixelRatioF();
+    const QRect area = deviceArea();
     view.width = qRound(width() * ratio);
     view.height = qRound(height() * ratio);
     view.panX = panX;
     view.panY = panY;
+    view.offsetX = area.left();
+    view.offsetY = area.top();
     if (!img || view.width <= 0 || view.height <= 0 || zoom <= 0.0F)
         return {};
-    view.xStep = double(img->width) / double(view.width) / double(zoom);
-    view.yStep = double(img->height) / double(view.height) / double(zoom);
+    view.xStep = double(img->width) / double(area.width()) / double(zoom);
+    view.yStep = double(img->height) / double(area.height()) / double(zoom);
     return view;
+}
+
+QPointF imgWindow::snapped(QPointF imagePosition, Qt::KeyboardModifiers modifiers) const
+{
+    constexpr double reach = 6.0; // client pixels
+    if (!validImage() || modifiers & Qt::AltModifier)
+        return imagePosition;
+    const Workspace &space = *workspace();
+    SnapRules rules;
+    if (space.snapToGuides && space.guidesShown) { // what is not seen should not pull
+        const QPointF distance = scaleToImage(reach, reach);
+        rules.guidesX = img->guidesX;
+        rules.guidesY = img->guidesY;
+        rules.reachX = distance.x();
+        rules.reachY = distance.y();
+    }
+    if (space.snapToGrid) {
+        rules.gridX = space.snapGridX;
+        rules.gridY = space.snapGridY;
+        rules.gridOffsetX = space.snapOffsetX;
+        rules.gridOffsetY = space.snapOffsetY;
+    }
+    return snapPosition(imagePosition, rules);
 }
 
 void imgWindow::placeAt(QPointF position, QPointF client)
 {
-    const QPointF offset = scaleToImage(client.x(), client.y());
+    const QPointF corner = QPointF(deviceArea().topLeft()) / devicePixelRatioF();
+    const QPointF offset = scaleToImage(client.x() - corner.x(), client.y() - corner.y());
     panX = limitedInt(std::floor(position.x() - offset.x() + 0.5));
     panY = limitedInt(std::floor(position.y() - offset.y() + 0.5));
 }
@@ -192,7 +239,7 @@ void imgWindow::zoomTo(int index, QPointF anchor)
 
 // --- Keeping up with the image ----------------------------------------------------------
 
-void imgWindow::viewMoved()
+void imgWindow::viewPanned()
 {
     rebuildCache = true;
     outlineStale = true;
@@ -201,17 +248,36 @@ void imgWindow::viewMoved()
     update();
 }
 
+void imgWindow::viewMoved()
+{
+    onlyPanned = false;
+    viewPanned();
+}
+
 void imgWindow::refresh()
 {
     if (!validImage())
         return;
-    if (windowTitle() != img->title) {
+    if (windowTitle() != img->title)
         setWindowTitle(img->title);
-        setAccessibleName(img->title);
-    }
     if (fittedAspect != 0.0 && shownAspect() != fittedAspect)
         fit(true);
     viewMoved();
+}
+
+/// The name is the picture's title; the description says what is seen of it.
+void imgWindow::describe()
+{
+    setAccessibleName(windowTitle());
+    if (!validImage())
+        return;
+    const ViewGeometry view = geometryShown();
+    const QString text = tr("Picture of %1 by %2 pixels, shown at %3 %")
+                             .arg(img->width)
+                             .arg(img->height)
+                             .arg(qRound(100.0 / view.xStep));
+    if (accessibleDescription() != text)
+        setAccessibleDescription(text);
 }
 
 void imgWindow::refreshOverlay()
@@ -227,17 +293,12 @@ void imgWindow::repaintAll()
     viewMoved();
 }
 
-void imgWindow::inTheBalls()
-{
-    auto *from = qobject_cast<imgWindow *>(sender());
-    (from ? from : this)->viewMoved();
-}
-
 void imgWindow::prepareAndApply(image *target)
 {
     ViewHost *host = viewHost();
     if (!validImage() || !target || !host || !host->operatorTable())
         return;
+    finishJobs(true);
     host->operatorTable()->prepareAndApply(target, true);
 }
 

@@ -2,7 +2,10 @@
 #pragma once
 
 #include "core/filerecord.h"
+#include "core/memory.h"
 #include "views/notationeditor.h"
+#include "views/rulers.h"
+#include "views/workerthread.h"
 
 #include <QDialog>
 #include <QImage>
@@ -12,13 +15,14 @@
 #include <QTimer>
 
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
 
 class QKeyEvent;
 class QMouseEvent;
 class QPainter;
 class image;
-struct ViewBackdrop;
-struct ViewGeometry;
 
 constexpr uint32_t kWindowMark = 0xBDEEEAFD;
 constexpr int kZoomEntries = 510;
@@ -143,7 +147,18 @@ public:
     /// The same, rounded to whole samples.
     QPoint windowToSample(double x, double y) const;
 
-    /// Sizes the window to image size x scale and repaints.
+    /// An image position drawn to the guides within 6 client pixels, else to the snap grid,
+    /// as the settings have it; as it is while Alt is held.
+    QPointF snapped(QPointF imagePosition, Qt::KeyboardModifiers modifiers) const;
+    /// The part of the client, in device pixels, onto which zoom 1 stretches the image: the
+    /// whole of it, unless the window's size is not its own to choose (full screen,
+    /// maximised, tiled): then the middle part that has the image's aspect. At fractional
+    /// device pixel ratios it may reach past the client by one pixel, so that a window shown
+    /// at 1:1 has exactly one image pixel for each device pixel.
+    QRect deviceArea() const;
+
+    /// Sizes the window to image size x scale and repaints. The scale counts device pixels:
+    /// at 1.0 each image pixel has one, on a screen of high density too.
     void showAt(double scale);
     /// Recomputes the fit, renders anew, repaints.
     void repaintAll();
@@ -169,8 +184,20 @@ public:
     void zoomTo(int index, QPointF anchor);
     /// Image samples for each device pixel of the client, and their number.
     ViewGeometry geometryShown() const;
-    /// How often the picture was rendered into the cache.
+    /// How often the whole picture was rendered into the cache, and how often only the
+    /// strips that a pan brought into sight.
     int renderCount() const { return renders; }
+    int scrollCount() const { return scrolls; }
+    const Rulers &rulersShown() const { return rulers; }
+
+    /// Starts a job beside the main thread. A preview job lets previewProducer work on a
+    /// copy, which then takes the image's place with an undo record; a mask job lets
+    /// maskProducer make a selection, which is combined with the back copy as addToMask and
+    /// subtractFromMask say and becomes the image's. A job without a producer reports at
+    /// once. False if it is refused: no image, no memory, or a mask job is going on.
+    bool startWorker(WorkerThread::Mode mode);
+    /// Waits for the window's jobs; their results are taken over, or dropped.
+    void finishJobs(bool keepResults);
 
     image *img = nullptr;
     float *zooms = nullptr; ///< tracked, kZoomEntries entries
@@ -193,6 +220,16 @@ public:
     bool gridShown = false;
     NotationEditor notes{this};
 
+    // Gestures of the area tools
+    bool wandBusy = false;  ///< a mask job is going on
+    bool wandClick = false; ///< a press of the wand that was not dragged yet
+    bool addToMask = false, subtractFromMask = false;
+    bool backSaved = false; ///< this drag has saved the mask in the back copy
+    /// Set by the active tool; they run beside the main thread and may only read the image
+    /// that they are given, and write the copy or the mask of as many samples.
+    std::function<bool(image *copy)> previewProducer;
+    std::function<bool(const image &img, uint16_t *mask)> maskProducer;
+
 public slots:
     void ona10to1triggered();
     void ona9to1triggered();
@@ -208,7 +245,9 @@ public slots:
     void ona1to3triggered();
     void ona1to4triggered();
     void ongridchangetriggered();
+    /// A preview job is over: its window is rendered anew.
     void inTheBalls();
+    void maskReady();
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
@@ -225,6 +264,7 @@ protected:
     void dropEvent(QDropEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 public:
     /// Escape and the like close by the same questions as the frame's button.
@@ -241,28 +281,73 @@ private:
     int widthThatFits(double aspect) const;
     QRect desktop() const;
     QSize frameSize() const;
+    /// In device pixels.
     void setClient(int wantedWidth, double wantedHeight);
     void settleAspect();
+    bool sizeIsGiven() const;
+    void stateChanged();
+    void describe();
 
     // Commands
     void runCommand(int number);
     bool panCommand(int number);
     bool viewCommand(int number);
     bool actCommand(int number);
+    bool overlayCommand(int number);
+    void clearGuides();
     void pan(int dx, int dy);
+    void page(int dx, int dy);
     void fitView();
+    void zoomToPreset(bool closer);
+    void copyViewToOthers();
+    void toggleFullScreen();
     void viewMoved();
+    /// Only the pan changed: what is known of the picture is moved.
+    void viewPanned();
     void fillScreen();
 
     // Paint
     void composeIfDue();
     void render();
     bool renderImage(const ViewGeometry &view, const ViewBackdrop &backdrop);
+    bool scroll(const ViewGeometry &view, const ViewBackdrop &backdrop);
+    ViewBackdrop backdropShown() const;
+    void drawOverlay(QPainter *painter);
     void drawGrid(QPainter *painter) const;
+    void drawSnapGrid(QPainter *painter) const;
+    void drawRulers(QPainter *painter);
+    void drawGuides(QPainter *painter) const;
+    void drawGuide(QPainter *painter, Qt::Orientation way, int place) const;
     void drawSelection(QPainter *painter);
+    bool rulersOn() const;
+    QRect pictureRect() const;
+
+    // Guides
+    struct Guide {
+        Qt::Orientation way; ///< Qt::Vertical: a line from top to bottom
+        int place;           ///< in samples
+    };
+    QList<int> &guideList(Qt::Orientation way) const;
+    std::optional<Guide> guideAt(QPointF client) const;
+    bool pressRuler(QPointF client);
+    bool grabGuide(QPointF client);
+    void dragGuide(QPointF client, Qt::KeyboardModifiers modifiers);
+    void dropGuide(QPointF client);
+    void cancelGuide();
+    void updateGuide(const Guide &guide);
+    void guidesChanged();
+    void markPointer(QPointF client);
+    void showGuideCursor(QPointF client);
+
+    // Jobs
+    void endJob(WorkerThread *worker, bool keepResult);
+    void saveBackMask(const image &of);
+    void takeMask(const image *of, const TrackedBuffer<uint16_t> &mask);
+    void takePreview(const image &copy);
 
     // Mouse
     bool dragsView(const QMouseEvent *event) const;
+    QPointF positionOf(const QMouseEvent &event) const;
     void dragView(QPointF position);
     void reportPointer(QPointF position);
     void choosePreview(QPointF position);
@@ -279,12 +364,26 @@ private:
     bool outlineStale = true;
     bool outlineSeen = false;
     QImage outline; ///< of the selection, as `cache` shows the image
-    int renders = 0;
-    QSize asked; ///< client size that the last fit asked for
+    int renders = 0, scrolls = 0;
+    ViewGeometry cached;      ///< what the cache shows
+    bool onlyPanned = false;  ///< since then
+    QSize asked;              ///< client size that the last fit asked for
+    QSize askedPixels;        ///< the same in device pixels, before rounding to points
+    bool sizeRefused = false; ///< the window manager insists on another size
     double fittedAspect = 0;
     QTimer settle; ///< runs out when the person has stopped resizing
     bool spaceHeld = false;
     bool draggingView = false;
     QPointF dragFrom;  ///< image position under the mouse when the drag began
     int wheelRest = 0; ///< parts of a wheel notch not used yet
+
+    Rulers rulers;
+    QPoint pointerMark{-1, -1}; ///< of the rulers, in device pixels
+    std::optional<Guide> draggedGuide;
+    std::optional<int> grabbedFrom; ///< place of the dragged guide before the drag
+    bool guideCursor = false;
+
+    QList<WorkerThread *> workers;
+    std::unique_ptr<TrackedBuffer<uint16_t>> backMask;
+    QSize backSize;
 };

@@ -42,6 +42,7 @@ void imgWindow::closeEvent(QCloseEvent *event)
 {
     ViewHost *host = viewHost();
     event->accept();
+    finishJobs(true);
     if (!host || host->shuttingDown)
         return;
     if (!validImage()) {

@@ -122,10 +122,15 @@ void imgWindow::command(int number)
 
 void imgWindow::runCommand(int number)
 {
-    if (panCommand(number) || viewCommand(number) || actCommand(number))
+    if (panCommand(number) || viewCommand(number) || overlayCommand(number))
         return;
+    if (number == kCommandMaskJob) {
+        startWorker(WorkerThread::Mask);
+        return;
+    }
+    finishJobs(true); // before anything changes the image that they read
     ViewHost *host = viewHost();
-    if (!host)
+    if (actCommand(number) || !host)
         return;
     if (number >= kCommandRecentFirst && number <= kCommandRecentLast) {
         host->openRecentFile(number - kCommandRecentFirst + 1);
@@ -134,6 +139,9 @@ void imgWindow::runCommand(int number)
     switch (number) {
     case kCommandClose:
         close();
+        break;
+    case kCommandAntialias:
+        workspace()->statusText(host->toggleToolAntialias());
         break;
     case kCommandAnotherView:
         host->openView(img);
@@ -168,7 +176,16 @@ void imgWindow::pan(int dx, int dy)
     panY = std::clamp(panY + dy, -kMostPan, kMostPan);
     savedPanX = std::clamp(savedPanX + dx, -kMostPan, kMostPan);
     savedPanY = std::clamp(savedPanY + dy, -kMostPan, kMostPan);
-    viewMoved();
+    viewPanned();
+}
+
+/// By nine tenths of what is seen, so that the eye finds its place again.
+void imgWindow::page(int dx, int dy)
+{
+    constexpr double share = 0.9;
+    const QPointF seen = scaleToImage(width() * share, height() * share);
+    pan(dx * std::max(1, int(std::min(seen.x(), double(kMostPan)))),
+        dy * std::max(1, int(std::min(seen.y(), double(kMostPan)))));
 }
 
 bool imgWindow::panCommand(int number)
@@ -199,6 +216,18 @@ bool imgWindow::panCommand(int number)
     case kCommandRight:
         pan(1, 0);
         return true;
+    case kCommandPageUp:
+        page(0, -1);
+        return true;
+    case kCommandPageDown:
+        page(0, 1);
+        return true;
+    case kCommandPageLeft:
+        page(-1, 0);
+        return true;
+    case kCommandPageRight:
+        page(1, 0);
+        return true;
     default:
         return false;
     }
@@ -212,13 +241,53 @@ void imgWindow::fitView()
     viewMoved();
 }
 
+void imgWindow::zoomToPreset(bool closer)
+{
+    const auto after = std::upper_bound(presetZooms.begin(), presetZooms.end(), zoomIndex);
+    const auto from = std::lower_bound(presetZooms.begin(), presetZooms.end(), zoomIndex);
+    if (closer && after != presetZooms.end())
+        zoomTo(*after, clientCentre());
+    else if (!closer && from != presetZooms.begin())
+        zoomTo(*(from - 1), clientCentre());
+}
+
+/// Pictures of one size, seen alike, are easily compared.
+void imgWindow::copyViewToOthers()
+{
+    int others = 0;
+    for (imgWindow *window : viewHost() ? viewHost()->windows : QList<imgWindow *>()) {
+        if (window == this || !window->validImage() || window->img->width != img->width ||
+            window->img->height != img->height)
+            continue;
+        window->zoomIndex = zoomIndex;
+        window->zoom = zoom;
+        window->panX = window->savedPanX = panX;
+        window->panY = window->savedPanY = panY;
+        window->viewMoved();
+        ++others;
+    }
+    workspace()->statusText(others == 0 ? tr("No other view shows an image of this size")
+                                        : tr("Views that follow: %1").arg(others));
+}
+
 bool imgWindow::viewCommand(int number)
 {
+    using RatioSlot = void (imgWindow::*)();
+    static constexpr RatioSlot ratios[] = {
+        &imgWindow::ona10to1triggered, &imgWindow::ona9to1triggered, &imgWindow::ona8to1triggered,
+        &imgWindow::ona7to1triggered,  &imgWindow::ona6to1triggered, &imgWindow::ona5to1triggered,
+        &imgWindow::ona4to1triggered,  &imgWindow::ona3to1triggered, &imgWindow::ona2to1triggered,
+        &imgWindow::ona1to1triggered,  &imgWindow::ona1to2triggered, &imgWindow::ona1to3triggered,
+        &imgWindow::ona1to4triggered};
+    if (number >= kCommandRatioFirst && number <= kCommandRatioLast) {
+        (this->*ratios[number - kCommandRatioFirst])();
+        return true;
+    }
     switch (number) {
     case kCommandCentre:
         panX = img->width / 2;
         panY = img->height / 2;
-        viewMoved();
+        viewPanned();
         return true;
     case kCommandZoomOne:
         zoomIndex = unityIndex;
@@ -227,18 +296,18 @@ bool imgWindow::viewCommand(int number)
         return true;
     case kCommandHome:
         panX = panY = 0;
-        viewMoved();
+        viewPanned();
         return true;
-    case kCommandGridColor:
-    case kCommandGrid: {
-        bool &setting =
-            number == kCommandGrid ? workspace()->gridState : workspace()->gridColorToggle;
-        setting = !setting;
-        ongridchangetriggered();
-        for (imgWindow *window : viewHost() ? viewHost()->windows : QList<imgWindow *>())
-            window->ongridchangetriggered();
+    case kCommandPresetIn:
+    case kCommandPresetOut:
+        zoomToPreset(number == kCommandPresetIn);
         return true;
-    }
+    case kCommandFullScreen:
+        toggleFullScreen();
+        return true;
+    case kCommandSameView:
+        copyViewToOthers();
+        return true;
     case kCommandShowAtOne:
         showAt(1.0);
         return true;
@@ -260,6 +329,55 @@ bool imgWindow::viewCommand(int number)
     default:
         return false;
     }
+}
+
+/// What lies over, and behind, the pictures of all windows.
+bool imgWindow::overlayCommand(int number)
+{
+    static constexpr struct {
+        int command;
+        bool Workspace::*setting;
+        const char *on, *off;
+    } toggles[] = {
+        {kCommandGrid, &Workspace::gridState, QT_TR_NOOP("The pixel grid is shown"),
+         QT_TR_NOOP("The pixel grid is hidden")},
+        {kCommandGridColor, &Workspace::gridColorToggle, QT_TR_NOOP("Grids are light"),
+         QT_TR_NOOP("Grids are dark")},
+        {kCommandRulers, &Workspace::showRulers, QT_TR_NOOP("Rulers are shown"),
+         QT_TR_NOOP("Rulers are hidden")},
+        {kCommandSnapGrid, &Workspace::snapGridShown, QT_TR_NOOP("The snap grid is shown"),
+         QT_TR_NOOP("The snap grid is hidden")},
+        {kCommandSnapToGrid, &Workspace::snapToGrid, QT_TR_NOOP("Positions snap to the grid"),
+         QT_TR_NOOP("Positions do not snap to the grid")},
+        {kCommandSnapToGuides, &Workspace::snapToGuides, QT_TR_NOOP("Positions snap to guides"),
+         QT_TR_NOOP("Positions do not snap to guides")},
+        {kCommandGuides, &Workspace::guidesShown, QT_TR_NOOP("Guides are shown"),
+         QT_TR_NOOP("Guides are hidden")},
+        {kCommandNotationsShown, &Workspace::showNotations, QT_TR_NOOP("Notations are shown"),
+         QT_TR_NOOP("Notations are hidden")},
+        {kCommandChecker, &Workspace::checkerOn, QT_TR_NOOP("A checker stands behind transparency"),
+         QT_TR_NOOP("Plain grey stands behind transparency")}};
+    if (number == kCommandClearGuides) {
+        clearGuides();
+        return true;
+    }
+    for (const auto &toggle : toggles) {
+        if (toggle.command != number)
+            continue;
+        bool &setting = workspace()->*toggle.setting;
+        setting = !setting;
+        ongridchangetriggered();
+        for (imgWindow *window : viewHost() ? viewHost()->windows : QList<imgWindow *>()) {
+            window->ongridchangetriggered();
+            if (number == kCommandChecker)
+                window->viewMoved();
+        }
+        workspace()->statusText(tr(setting ? toggle.on : toggle.off));
+        if (viewHost())
+            viewHost()->updateMenus();
+        return true;
+    }
+    return false;
 }
 
 bool imgWindow::actCommand(int number)
@@ -315,7 +433,25 @@ bool imgWindow::actCommand(int number)
         askName(this);
         return true;
     case kCommandQuarterTurn:
-        turnImage(img);
+        turnImage(img, 6);
+        return true;
+    case kCommandQuarterTurnLeft:
+        turnImage(img, 8);
+        return true;
+    case kCommandHalfTurn:
+        turnImage(img, 3);
+        return true;
+    case kCommandFlipHorizontal:
+        turnImage(img, 2);
+        return true;
+    case kCommandFlipVertical:
+        turnImage(img, 4);
+        return true;
+    case kCommandTurnUpright:
+        turnImageUpright(img);
+        return true;
+    case kCommandDevelop:
+        developImage(img);
         return true;
     case kCommandRevert:
         if (revertImage(img))

@@ -40,7 +40,7 @@ QSize imgWindow::frameSize() const
 
 int imgWindow::widthThatFits(double aspect) const
 {
-    const QSize room = desktop().size() - frameSize();
+    const QSizeF room = QSizeF(desktop().size() - frameSize()) * devicePixelRatioF();
     double best = 0.0;
     for (int index : presetZooms) {
         if (index > kLastFitIndex)
@@ -52,12 +52,23 @@ int imgWindow::widthThatFits(double aspect) const
     return int(best);
 }
 
-/// The height is a double, since an extreme aspect gives more than an int holds.
+/// Full screen, maximised, or held by the window manager.
+bool imgWindow::sizeIsGiven() const
+{
+    return isMaximized() || isFullScreen() || sizeRefused;
+}
+
+/// The height is a double, since an extreme aspect gives more than an int holds. Points
+/// are rounded down: what does not fill a point is cut off, and no gap shows.
 void imgWindow::setClient(int wantedWidth, double wantedHeight)
 {
     const bool before = fitting;
     fitting = true;
-    asked = QSize(wantedWidth, int(std::clamp(wantedHeight, 1.0, kMostSide)));
+    const double ratio = devicePixelRatioF();
+    askedPixels = QSize(wantedWidth, int(std::clamp(wantedHeight, 1.0, kMostSide)));
+    asked = QSize(std::max(1, int(askedPixels.width() / ratio)),
+                  std::max(1, int(askedPixels.height() / ratio)));
+    sizeRefused = false;
     resize(asked);
     fitting = before;
 }
@@ -67,24 +78,28 @@ void imgWindow::fit(bool open)
     if (fitting || !img || !img->valid())
         return;
     fittedAspect = shownAspect();
-    int wide = width();
-    if (open) {
-        wide = zooms ? widthThatFits(fittedAspect) : wide;
-        zoomIndex = unityIndex;
-        zoom = zooms ? zooms[zoomIndex] : 1.0F;
-        panX = panY = savedPanX = savedPanY = 0;
+    if (open)
+        savedPanX = savedPanY = 0, fitView();
+    if (isMaximized() || isFullScreen()) { // which hold the picture as it is
+        viewMoved();
+        return;
     }
-    wide = std::max(wide, kLeastFitWidth);
+    const double ratio = devicePixelRatioF();
+    int wide = open && zooms ? widthThatFits(fittedAspect) : deviceArea().width();
+    const int least = int(kLeastFitWidth * ratio);
+    wide = std::max(wide, least);
     // Of a picture like a thread the desktop shows a stretched one rather than none.
-    const double most = std::max(desktop().height(), height());
-    const double high = std::max(wide / fittedAspect, kLeastHeight);
-    setClient(wide, wide == kLeastFitWidth ? std::min(high, most) : high);
+    const double most = std::max(desktop().height(), height()) * ratio;
+    const double high = std::max(wide / fittedAspect, kLeastHeight * ratio);
+    setClient(wide, wide == least ? std::min(high, most) : high);
     viewMoved();
 }
 
 void imgWindow::resizeEvent(QResizeEvent *event)
 {
     QDialog::resizeEvent(event);
+    if (event->size() != asked)
+        sizeRefused = false; // whoever sized it gets the aspect, if he lets the window have it
     viewMoved();
     // While the person drags the frame the picture stretches with it; correcting at each
     // step would fight the window manager. A size that a fit asked for needs nothing.
@@ -104,12 +119,35 @@ void imgWindow::settleAspect()
         wide = std::min(wide, std::max(roomHigh, double(height())) * aspect);
     wide = std::clamp(wide, double(kLeastFitWidth), kMostSide);
     const QSize target(int(wide), int(wide / aspect));
+    if (target == size())
+        return;
     if (target == asked) {
-        // The window manager insists on its size: asking again would go on for ever.
+        // The window manager insists on its size: asking again would go on for ever. The
+        // picture keeps its aspect within that size.
+        sizeRefused = true;
+        viewMoved();
         return;
     }
     fittedAspect = aspect;
-    setClient(target.width(), wide / aspect);
+    const double ratio = devicePixelRatioF();
+    setClient(int(int(wide) * ratio), wide / aspect * ratio);
+}
+
+/// Back from full screen the window has its former size, but the picture may have been
+/// turned meanwhile.
+void imgWindow::stateChanged()
+{
+    viewMoved();
+    if (!isMaximized() && !isFullScreen() && fittedAspect > 0.0)
+        settle.start();
+}
+
+void imgWindow::toggleFullScreen()
+{
+    if (isFullScreen())
+        showNormal();
+    else
+        showFullScreen();
 }
 
 void imgWindow::showAt(double scale)
@@ -122,6 +160,8 @@ void imgWindow::showAt(double scale)
     wide = std::max(1.0, wide / excess);
     high = std::max(1.0, high / excess);
     fittedAspect = shownAspect();
+    if (isMaximized() || isFullScreen())
+        showNormal(); // a window that fills the screen has no size of its own
     setClient(int(wide), high);
     viewMoved();
 }
@@ -132,11 +172,14 @@ void imgWindow::fillScreen()
     const QSize frame = frameGeometry().size(), margins = frameSize();
     if (frame.isEmpty() || !img)
         return;
+    const double ratio = devicePixelRatioF();
     const double scale = std::min(kScreenShare * room.width() / frame.width(),
                                   kScreenShare * room.height() / frame.height());
     const double aspect = shownAspect();
-    const double wide = std::max(frame.width() * scale - margins.width(), double(kLeastFitWidth));
-    setClient(int(wide), int(wide) / aspect);
+    const int wide = std::max(int(frame.width() * scale - margins.width()), kLeastFitWidth);
+    if (isMaximized() || isFullScreen())
+        showNormal();
+    setClient(int(wide * ratio), wide / aspect * ratio);
     move(room.right() + 1 - (width() + margins.width()), room.top());
     viewMoved();
 }

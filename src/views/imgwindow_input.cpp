@@ -44,8 +44,12 @@ void imgWindow::keyPressEvent(QKeyEvent *event)
     }
     const int number = keyTable().command(lastKey, modifiers);
     ViewHost *host = viewHost();
-    if (number > 0)
+    if (lastKey == Qt::Key_Escape && draggedGuide)
+        cancelGuide();
+    else if (number > 0)
         command(number);
+    else if (lastKey == Qt::Key_Escape && isFullScreen())
+        command(kCommandFullScreen);
     else if (lastKey != Qt::Key_Space && !(host && host->globalKey(event)))
         event->ignore();
     event_ = nullptr;
@@ -75,28 +79,41 @@ void imgWindow::mousePressEvent(QMouseEvent *event)
         return;
     if (ViewHost *host = viewHost())
         host->makeCurrent(this);
+    const QPointF at = event->localPos();
+    const bool left = event->button() == Qt::LeftButton;
     if (dragsView(event)) {
         draggingView = true;
-        dragFrom = windowToImage(event->localPos().x(), event->localPos().y());
+        dragFrom = windowToImage(at.x(), at.y());
         setCursor(Qt::ClosedHandCursor);
-    } else if (notes.press(*event, windowToImage(event->localPos().x(), event->localPos().y()))) {
+    } else if (left && pressRuler(at)) {
         return;
-    } else if (event->button() == Qt::LeftButton) {
-        choosePreview(event->localPos());
+    } else if (notes.press(*event, positionOf(*event))) {
+        return;
+    } else if (left && !grabGuide(at)) {
+        choosePreview(at);
     }
+}
+
+/// Where in the image an event of the mouse happened, snapped.
+QPointF imgWindow::positionOf(const QMouseEvent &event) const
+{
+    return snapped(windowToImage(event.localPos().x(), event.localPos().y()), event.modifiers());
 }
 
 void imgWindow::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    if (!validImage() ||
-        !notes.doubleClick(*event, windowToImage(event->localPos().x(), event->localPos().y())))
+    if (!validImage() || !pictureRect().contains(event->pos()) ||
+        !notes.doubleClick(*event, positionOf(*event)))
         mousePressEvent(event);
 }
 
 void imgWindow::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event && validImage() && !draggingView &&
-        notes.release(*event, windowToImage(event->localPos().x(), event->localPos().y())))
+    if (event && validImage() && draggedGuide && event->button() == Qt::LeftButton) {
+        dropGuide(event->localPos());
+        return;
+    }
+    if (event && validImage() && !draggingView && notes.release(*event, positionOf(*event)))
         return;
     if (!event || !draggingView || event->buttons() & (Qt::LeftButton | Qt::MiddleButton))
         return;
@@ -115,17 +132,25 @@ void imgWindow::mouseMoveEvent(QMouseEvent *event)
     }
     if (!validImage())
         return;
+    const QPointF at = event->localPos();
     if (draggingView)
-        dragView(event->localPos());
-    else if (!notes.move(*event, windowToImage(event->localPos().x(), event->localPos().y())) &&
-             event->buttons() & Qt::LeftButton)
-        choosePreview(event->localPos());
-    reportPointer(event->localPos());
+        dragView(at);
+    else if (draggedGuide)
+        dragGuide(at, event->modifiers());
+    else if (!notes.move(*event, positionOf(*event))) {
+        if (event->buttons() & Qt::LeftButton)
+            choosePreview(at);
+        else if (!spaceHeld)
+            showGuideCursor(at);
+    }
+    reportPointer(at);
+    markPointer(at);
 }
 
 void imgWindow::leaveEvent(QEvent *event)
 {
     QDialog::leaveEvent(event);
+    markPointer(QPointF(-1, -1));
     if (ViewHost *host = viewHost())
         host->pointerOver(this, -1, -1);
 }
@@ -135,7 +160,7 @@ void imgWindow::dragView(QPointF position)
     const int beforeX = panX, beforeY = panY;
     placeAt(dragFrom, position);
     if (panX != beforeX || panY != beforeY)
-        viewMoved();
+        viewPanned();
 }
 
 /// The operator preview shows the surroundings of the place pressed.
@@ -185,6 +210,10 @@ void imgWindow::wheelEvent(QWheelEvent *event)
 void imgWindow::changeEvent(QEvent *event)
 {
     QDialog::changeEvent(event);
+    if (event->type() == QEvent::WindowTitleChange)
+        describe();
+    if (event->type() == QEvent::WindowStateChange)
+        stateChanged();
     if (event->type() != QEvent::ActivationChange)
         return;
     if (isActiveWindow() && validImage() && viewHost() && viewHost()->isWindow(this))

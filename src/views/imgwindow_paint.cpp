@@ -7,6 +7,7 @@
 #include "views/viewrender.h"
 #include "views/warprender.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
 
@@ -15,17 +16,21 @@
 
 namespace
 {
-constexpr int kCheckerSide = 8, kDashLength = 4;
-constexpr double kLeastGridCell = 8.0; // a grid finer than this would hide the picture
-const QColor kGridDark(0, 0, 0, 120), kGridLight(255, 255, 255, 120);
+constexpr int kCheckerSide = 8;
 
 int devicePixels(int points, double ratio)
 {
     return std::max(1, qRound(points * ratio));
 }
+
+/// All device pixels that a rectangle of points touches.
+QRect deviceRect(const QRect &points, double ratio)
+{
+    return QRectF(QPointF(points.topLeft()) * ratio, QSizeF(points.size()) * ratio).toAlignedRect();
+}
 } // namespace
 
-void imgWindow::paintEvent(QPaintEvent *)
+void imgWindow::paintEvent(QPaintEvent *event)
 {
     if (painting || !validImage())
         return;
@@ -36,12 +41,18 @@ void imgWindow::paintEvent(QPaintEvent *)
     waitingPaint = false;
     paintOverlayOnly = false;
     QPainter painter(this);
-    if (!cache.isNull())
-        painter.drawImage(QPoint(0, 0), cache);
-    if (gridShown)
-        drawGrid(&painter);
-    drawSelection(&painter);
+    painter.save();
+    // In device pixels picture and lines are sharp whatever the ratio.
+    const double ratio = devicePixelRatioF();
+    painter.scale(1.0 / ratio, 1.0 / ratio);
+    const QRect due = deviceRect(event->rect(), ratio).intersected(cache.rect());
+    painter.drawImage(due.topLeft(), cache, due);
+    drawOverlay(&painter);
+    painter.restore();
+    painter.setClipRect(pictureRect(), Qt::IntersectClip);
     notes.draw(&painter);
+    painter.scale(1.0 / ratio, 1.0 / ratio);
+    drawGuides(&painter);
 }
 
 /// A master follows its layers when it, or one of them, is next seen: so many changes in a
@@ -59,6 +70,24 @@ bool imgWindow::renderImage(const ViewGeometry &view, const ViewBackdrop &backdr
                                        : renderView(*img, view, backdrop, &cache);
 }
 
+/// After a pan most of the picture stands in the cache, elsewhere.
+bool imgWindow::scroll(const ViewGeometry &view, const ViewBackdrop &backdrop)
+{
+    return onlyPanned && img->layerMode != kWarpMode && !cache.isNull() && !(cached == view) &&
+           scrollView(*img, cached, view, backdrop, &cache);
+}
+
+ViewBackdrop imgWindow::backdropShown() const
+{
+    const Workspace &space = *workspace();
+    ViewBackdrop backdrop;
+    backdrop.checker = space.checkerOn;
+    backdrop.dark = space.checkerDark;
+    backdrop.light = space.checkerLight;
+    backdrop.cell = devicePixels(kCheckerSide, devicePixelRatioF());
+    return backdrop;
+}
+
 void imgWindow::render()
 {
     // A plain repaint, when another window moved away, finds the cache as it was.
@@ -66,60 +95,17 @@ void imgWindow::render()
     const bool fits = cache.width() == view.width && cache.height() == view.height;
     if (!rebuildCache && fits)
         return;
-    const double ratio = devicePixelRatioF();
-    const Workspace &space = *workspace();
-    ViewBackdrop backdrop;
-    backdrop.checker = space.checkerOn;
-    backdrop.dark = space.checkerDark;
-    backdrop.light = space.checkerLight;
-    backdrop.cell = devicePixels(kCheckerSide, ratio);
-    if (!renderImage(view, backdrop))
-        cache = QImage();
-    cache.setDevicePixelRatio(ratio);
+    const ViewBackdrop backdrop = backdropShown();
+    if (scroll(view, backdrop)) {
+        ++scrolls;
+    } else {
+        if (!renderImage(view, backdrop))
+            cache = QImage();
+        ++renders;
+        describe();
+    }
+    cached = view;
+    onlyPanned = true;
     rebuildCache = false;
     outlineStale = true;
-    ++renders;
-}
-
-void imgWindow::drawGrid(QPainter *painter) const
-{
-    const QPointF step = scaleToImage(1.0, 1.0);
-    if (step.x() <= 0.0 || step.y() <= 0.0 || 1.0 / step.x() < kLeastGridCell ||
-        1.0 / step.y() < kLeastGridCell)
-        return;
-    // A dark and a light grid, since no single colour is seen on every picture.
-    painter->setPen(QPen(workspace()->gridColorToggle ? kGridLight : kGridDark, 0));
-    const QPointF end = windowToImage(width(), height());
-    const int left = std::max(0, panX), right = std::min(img->width, int(std::ceil(end.x())));
-    const int top = std::max(0, panY), bottom = std::min(img->height, int(std::ceil(end.y())));
-    const QPoint from = imageToWindow(QPointF(left, top)),
-                 to = imageToWindow(QPointF(right, bottom));
-    for (int x = left; x <= right; ++x) {
-        const int at = imageToWindow(QPointF(x, top)).x();
-        painter->drawLine(at, from.y(), at, to.y());
-    }
-    for (int y = top; y <= bottom; ++y) {
-        const int at = imageToWindow(QPointF(left, y)).y();
-        painter->drawLine(from.x(), at, to.x(), at);
-    }
-}
-
-void imgWindow::drawSelection(QPainter *painter)
-{
-    if (outlineStale) {
-        const double ratio = devicePixelRatioF();
-        outlineSeen =
-            maskOutline(*img, geometryShown(), devicePixels(kDashLength, ratio), &outline);
-        outline.setDevicePixelRatio(ratio);
-        outlineStale = false;
-    }
-    if (outlineSeen)
-        painter->drawImage(QPoint(0, 0), outline);
-}
-
-void imgWindow::ongridchangetriggered()
-{
-    gridShown = workspace() && workspace()->gridState;
-    paintOverlayOnly = !rebuildCache;
-    update();
 }

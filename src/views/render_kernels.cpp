@@ -89,11 +89,13 @@ void pack(const RenderJob &job, int64_t base, const int32_t *columns, int count,
 void renderRow(const RenderJob &job, int row, int phase, uint32_t *out)
 {
     const int64_t base = int64_t(row) * job.imageWidth;
-    fillPixels(out, 0, job.firstColumn, job.surround);
-    fillPixels(out, job.endColumn, job.outWidth, job.surround);
+    const int first = job.firstColumn > job.left ? job.firstColumn : job.left;
+    const int end = job.endColumn < job.right ? job.endColumn : job.right;
+    fillPixels(out, job.left, job.right < first ? job.right : first, job.surround);
+    fillPixels(out, job.left > end ? job.left : end, job.right, job.surround);
     Chunk chunk;
-    for (int x = job.firstColumn; x < job.endColumn; x += kChunk) {
-        const int count = job.endColumn - x < kChunk ? job.endColumn - x : kChunk;
+    for (int x = first; x < end; x += kChunk) {
+        const int count = end - x < kChunk ? end - x : kChunk;
         if (!job.yrb && opaque(job, base, job.columns + x, count)) {
             pack(job, base, job.columns + x, count, out + x);
             continue;
@@ -113,11 +115,12 @@ void renderRows(const RenderJob &job, int first, int end)
     int lastRow = -1, lastPhase = 0;
     for (int y = first; y < end; ++y) {
         uint32_t *out = job.out + int64_t(y) * job.outWidth;
-        const int row = job.rows[y], phase = (y / job.cell) & 1;
+        const int row = job.rows[y], phase = ((y + job.rowPhase) / job.cell) & 1;
         if (row < 0)
-            fillPixels(out, 0, job.outWidth, job.surround);
+            fillPixels(out, job.left, job.right, job.surround);
         else if (row == lastRow && phase == lastPhase) // zoomed in, rows repeat
-            std::memcpy(out, out - job.outWidth, size_t(job.outWidth) * sizeof(uint32_t));
+            std::memcpy(out + job.left, out - job.outWidth + job.left,
+                        size_t(job.right - job.left) * sizeof(uint32_t));
         else
             renderRow(job, row, phase, out);
         lastRow = row;

@@ -4,6 +4,7 @@
 #include "core/image.h"
 #include "views/imgwindow.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 
 namespace
@@ -80,6 +81,12 @@ void ViewHost::openUrls(const QList<QUrl> &) {}
 void ViewHost::updateMenus() {}
 void ViewHost::refreshOperatorSource() {}
 void ViewHost::operate() {}
+
+QString ViewHost::toggleToolAntialias()
+{
+    return QCoreApplication::translate("ViewHost", "%1 has no antialias switch")
+        .arg(QCoreApplication::translate("ViewHost", "Entire"));
+}
 
 bool ViewHost::globalKey(QKeyEvent *)
 {

@@ -3,6 +3,7 @@
 
 #include <QList>
 #include <QPointF>
+#include <QString>
 #include <QUrl>
 
 class OperatorTable;
@@ -58,6 +59,9 @@ public:
     virtual void refreshOperatorSource();
     /// Applies the current operator to the current window: the Apply button's work.
     virtual void operate();
+    /// Switches antialiasing of the active area tool over, and says in a line for the status
+    /// bar how it stands now, or that the tool has no such switch.
+    virtual QString toggleToolAntialias();
     /// A key that no window command is bound to; true if it was taken.
     virtual bool globalKey(QKeyEvent *event);
     /// The mouse stands over this sample of the image (outside: x is -1).

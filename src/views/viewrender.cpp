@@ -8,11 +8,15 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
+#include <cstring>
+#include <vector>
 
 namespace
 {
 constexpr int kOutside = -1;
 constexpr int kLongestDash = 1 << 10;
+constexpr size_t kMostStrips = 64;
 constexpr uint32_t kDashDark = 0xFF101010, kDashLight = 0xFFF4F4F4;
 
 /// The image column (or row) of a client column, kOutside where there is none. The test
@@ -27,6 +31,40 @@ void fillTable(int32_t *table, int first, int count, double step, int pan, int s
 {
     for (int i = 0; i < count; ++i)
         table[i] = sampleOf(first + i, step, pan, size);
+}
+
+/// One axis of a view.
+struct Axis {
+    double step;
+    int pan, offset, pixels, size; ///< `size` of the image
+
+    void fill(int32_t *table) const { fillTable(table, -offset, pixels, step, pan, size); }
+    /// Place of the client's first pixel, counted from image position 0 in whole pixels.
+    int64_t origin() const { return int64_t(std::floor(pan / step + 0.5)) - offset; }
+};
+
+Axis acrossOf(const image &img, const ViewGeometry &view)
+{
+    return {view.xStep, view.panX, view.offsetX, view.width, img.width};
+}
+
+Axis downOf(const image &img, const ViewGeometry &view)
+{
+    return {view.yStep, view.panY, view.offsetY, view.height, img.height};
+}
+
+/// Where in its period, which is twice a square, the checker begins.
+int checkerPhase(const Axis &axis, int cell)
+{
+    const int64_t period = 2 * int64_t(cell), rest = axis.origin() % period;
+    return int(rest < 0 ? rest + period : rest);
+}
+
+int pixelAt(double place, double step, int pan, int offset, int most)
+{
+    constexpr double slack = 1e-6; // a place on a pixel may come out a hair behind it
+    const double pixel = std::ceil((place - pan) / step - slack) + offset;
+    return int(std::clamp(pixel, -2.0, most + 2.0));
 }
 
 struct Range {
@@ -47,17 +85,110 @@ bool usable(const image &img, const ViewGeometry &view)
 }
 
 /// A row of 16-bit greys for each row phase of the checker.
-void fillBackdrop(uint16_t *first, uint16_t *second, int width, const ViewBackdrop &backdrop)
+void fillBackdrop(uint16_t *first, uint16_t *second, int width, int phase,
+                  const ViewBackdrop &backdrop)
 {
     const auto dark = uint16_t(backdrop.dark * 257);
     const auto light = uint16_t((backdrop.checker ? backdrop.light : backdrop.dark) * 257);
     for (int x = 0; x < width; ++x) {
-        const bool odd = (x / backdrop.cell) & 1;
+        const bool odd = ((x + phase) / backdrop.cell) & 1;
         first[x] = odd ? light : dark;
         second[x] = odd ? dark : light;
     }
     if (!backdrop.checker)
         std::fill(second, second + width, dark);
+}
+
+/// The tables of one repaint, and the kernels run by them.
+class Repaint
+{
+public:
+    Repaint(const image &img, const ViewGeometry &view, const ViewBackdrop &backdrop, QImage *out)
+        : tables(size_t(view.width) + size_t(view.height), "view tables"),
+          greys(size_t(view.width) * 2, "view backdrop"), job{}
+    {
+        if (out->isNull() || !tables || !greys)
+            return;
+        const Axis across = acrossOf(img, view), down = downOf(img, view);
+        int32_t *columnTable = tables.get(), *rowTable = columnTable + view.width;
+        across.fill(columnTable);
+        down.fill(rowTable);
+        uint16_t *second = greys.get() + view.width;
+        fillBackdrop(greys.get(), second, view.width, checkerPhase(across, backdrop.cell),
+                     backdrop);
+        const Range inside = insideOf(columnTable, view.width);
+        job.red = img.red, job.green = img.green, job.blue = img.blue, job.alpha = img.alpha;
+        job.imageWidth = img.width;
+        job.columns = columnTable, job.rows = rowTable;
+        job.firstColumn = inside.first, job.endColumn = inside.end;
+        job.outWidth = view.width;
+        job.out = reinterpret_cast<uint32_t *>(out->bits());
+        job.surround = backdrop.surround;
+        job.backdrop[0] = greys.get(), job.backdrop[1] = second;
+        job.cell = backdrop.cell;
+        job.rowPhase = checkerPhase(down, backdrop.cell);
+        job.yrb = img.imageMode == 1;
+    }
+
+    bool ready() const { return job.out != nullptr; }
+    const int32_t *columns() const { return job.columns; }
+    const int32_t *rows() const { return job.rows; }
+
+    void render(Range columnRange, Range rowRange)
+    {
+        job.left = columnRange.first, job.right = columnRange.end;
+        const int from = rowRange.first;
+        parallelRows(rowRange.end - from, job.right - job.left, [this, from](int first, int last) {
+            KERNEL_DISPATCH(renderRows, job, from + first, from + last);
+        });
+    }
+
+private:
+    TrackedBuffer<int32_t> tables;
+    TrackedBuffer<uint16_t> greys;
+    RenderJob job;
+};
+
+/// The pixels of one axis that a move by `shift` cannot supply.
+struct Strips {
+    std::vector<Range> list;
+    int64_t pixels = 0;
+
+    Strips(const int32_t *now, const int32_t *before, int count, int64_t shift)
+    {
+        for (int i = 0; i < count && !tooMany(); ++i) {
+            const int64_t from = i + shift;
+            if (from >= 0 && from < count && before[from] == now[i])
+                continue;
+            if (list.empty() || list.back().end != i)
+                list.push_back({i, i});
+            ++list.back().end;
+            ++pixels;
+        }
+    }
+    /// Many thin strips cost more than one wide one.
+    bool tooMany() const { return list.size() > kMostStrips; }
+};
+
+/// Every pixel gets what stood `dx` to its right and `dy` below it, where there was such.
+void movePixels(QImage *out, int dx, int dy)
+{
+    const int width = out->width(), height = out->height();
+    auto *pixels = reinterpret_cast<uint32_t *>(out->bits());
+    const int to = std::max(-dx, 0), from = std::max(dx, 0), kept = width - to - from;
+    const int first = std::max(-dy, 0), end = std::min(height, height - dy);
+    if (kept <= 0)
+        return;
+    const auto moveRow = [=](int y) {
+        std::memmove(pixels + int64_t(y) * width + to, pixels + int64_t(y + dy) * width + from,
+                     size_t(kept) * sizeof(uint32_t));
+    };
+    if (dy >= 0) // downwards or upwards, so that no row is overwritten before it was moved
+        for (int y = first; y < end; ++y)
+            moveRow(y);
+    else
+        for (int y = end - 1; y >= first; --y)
+            moveRow(y);
 }
 
 /// What a row of the mask holds over the columns shown.
@@ -141,6 +272,16 @@ void fillDashes(uint32_t *dashes, int count, int dash)
 }
 } // namespace
 
+int ViewGeometry::columnAt(double x) const
+{
+    return pixelAt(x, xStep, panX, offsetX, width);
+}
+
+int ViewGeometry::rowAt(double y) const
+{
+    return pixelAt(y, yStep, panY, offsetY, height);
+}
+
 bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &backdrop,
                 QImage *out)
 {
@@ -148,29 +289,41 @@ bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &
         return false;
     if (out->width() != view.width || out->height() != view.height)
         *out = QImage(view.width, view.height, QImage::Format_RGB32);
-    const TrackedBuffer<int32_t> tables(size_t(view.width) + size_t(view.height), "view tables");
-    const TrackedBuffer<uint16_t> greys(size_t(view.width) * 2, "view backdrop");
-    if (out->isNull() || !tables || !greys)
+    Repaint repaint(img, view, backdrop, out);
+    if (!repaint.ready())
         return false;
-    int32_t *columns = tables.get(), *rows = columns + view.width;
-    fillTable(columns, 0, view.width, view.xStep, view.panX, img.width);
-    fillTable(rows, 0, view.height, view.yStep, view.panY, img.height);
-    fillBackdrop(greys.get(), greys.get() + view.width, view.width, backdrop);
+    repaint.render({0, view.width}, {0, view.height});
+    return true;
+}
 
-    const Range inside = insideOf(columns, view.width);
-    RenderJob job{};
-    job.red = img.red, job.green = img.green, job.blue = img.blue, job.alpha = img.alpha;
-    job.imageWidth = img.width;
-    job.columns = columns, job.rows = rows;
-    job.firstColumn = inside.first, job.endColumn = inside.end;
-    job.outWidth = view.width;
-    job.out = reinterpret_cast<uint32_t *>(out->bits());
-    job.surround = backdrop.surround;
-    job.backdrop[0] = greys.get(), job.backdrop[1] = greys.get() + view.width;
-    job.cell = backdrop.cell;
-    job.yrb = img.imageMode == 1;
-    parallelRows(view.height, view.width,
-                 [&job](int first, int last) { KERNEL_DISPATCH(renderRows, job, first, last); });
+bool scrollView(const image &img, const ViewGeometry &before, const ViewGeometry &view,
+                const ViewBackdrop &backdrop, QImage *out)
+{
+    if (!usable(img, view) || backdrop.cell < 1 || out->width() != view.width ||
+        out->height() != view.height || before.width != view.width ||
+        before.height != view.height || before.xStep != view.xStep || before.yStep != view.yStep)
+        return false;
+    const Axis across = acrossOf(img, view), down = downOf(img, view);
+    const Axis acrossBefore = acrossOf(img, before), downBefore = downOf(img, before);
+    const int64_t dx = across.origin() - acrossBefore.origin();
+    const int64_t dy = down.origin() - downBefore.origin();
+    const TrackedBuffer<int32_t> old(size_t(view.width) + size_t(view.height), "view tables");
+    Repaint repaint(img, view, backdrop, out);
+    if (!old || !repaint.ready())
+        return false;
+    acrossBefore.fill(old.get());
+    downBefore.fill(old.get() + view.width);
+    const Strips columns(repaint.columns(), old.get(), view.width, dx);
+    const Strips rows(repaint.rows(), old.get() + view.width, view.height, dy);
+    const int64_t all = int64_t(view.width) * view.height;
+    if (columns.tooMany() || rows.tooMany() ||
+        2 * (columns.pixels * view.height + rows.pixels * view.width) > all)
+        return false;
+    movePixels(out, int(dx), int(dy));
+    for (const Range &strip : columns.list)
+        repaint.render(strip, {0, view.height});
+    for (const Range &strip : rows.list)
+        repaint.render({0, view.width}, strip);
     return true;
 }
 
@@ -185,8 +338,9 @@ bool maskOutline(const image &img, const ViewGeometry &view, int dash, QImage *o
     const TrackedBuffer<uint32_t> dashes(columns + size_t(period), "outline dashes");
     if (!tables || !bytes || !dashes)
         return false;
-    fillTable(tables.get(), -1, int(columns), view.xStep, view.panX, img.width);
-    fillTable(tables.get() + columns, -1, int(rows), view.yStep, view.panY, img.height);
+    fillTable(tables.get(), -1 - view.offsetX, int(columns), view.xStep, view.panX, img.width);
+    fillTable(tables.get() + columns, -1 - view.offsetY, int(rows), view.yStep, view.panY,
+              img.height);
     const SelectedPixels selected{img,
                                   view,
                                   tables.get(),

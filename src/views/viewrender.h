@@ -10,11 +10,19 @@ class image;
 /// Which part of an image a client area shows, in device pixels.
 struct ViewGeometry {
     double xStep = 1.0, yStep = 1.0; ///< image samples per device pixel
-    int panX = 0, panY = 0;          ///< image position of the top left corner
+    int panX = 0, panY = 0;          ///< image position shown at the offset
     int width = 0, height = 0;       ///< of the client area
+    int offsetX = 0, offsetY = 0;    ///< from the client's top left corner
+
+    bool operator==(const ViewGeometry &other) const = default;
+    /// The first pixel column that shows a sample at or right of an image position: where a
+    /// line in front of that sample stands. Limited to a little more than the client area.
+    int columnAt(double x) const;
+    int rowAt(double y) const;
 };
 
-/// What stands behind transparent samples and around the image.
+/// What stands behind transparent samples and around the image. The checker lies still in
+/// the image, so that it moves with a pan.
 struct ViewBackdrop {
     bool checker = true;
     int dark = 118, light = 138;
@@ -26,6 +34,13 @@ struct ViewBackdrop {
 /// Only the samples shown are read. False if memory is short or nothing can be shown.
 bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &backdrop,
                 QImage *out);
+
+/// Brings `out`, which shows an unchanged image by `before`, to `view`: moves what is still
+/// seen and renders the strips that came in or that fall on other samples now. The pixels
+/// are those of renderView. False, with `out` as it was, if the views have different scales
+/// or sizes, or so little stays that rendering afresh is no slower.
+bool scrollView(const image &img, const ViewGeometry &before, const ViewGeometry &view,
+                const ViewBackdrop &backdrop, QImage *out);
 
 /// Draws the outline of the area selection as it falls on the client area into `out`, in
 /// dashes of two colours on transparency. False, with `out` of no use, if none of it is

@@ -39,9 +39,9 @@ bool renderWarp(const image &field, const ViewGeometry &view, uint32_t surround,
     auto *pixels = reinterpret_cast<QRgb *>(out->bits());
     parallelRows(view.height, view.width, [&](int first, int end) {
         for (int row = first; row < end; ++row) {
-            const double y = row * view.yStep + view.panY;
+            const double y = (row - view.offsetY) * view.yStep + view.panY;
             for (int column = 0; column < view.width; ++column) {
-                const double x = column * view.xStep + view.panX;
+                const double x = (column - view.offsetX) * view.xStep + view.panX;
                 const bool inside = x >= 0.0 && x < field.width && y >= 0.0 && y < field.height;
                 pixels[int64_t(row) * view.width + column] =
                     inside ? colorAt(x, y,

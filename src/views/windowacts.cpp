@@ -6,7 +6,9 @@
 #include "core/scale.h"
 #include "core/undo.h"
 #include "core/workspace.h"
+#include "formats/develop.h"
 #include "formats/load.h"
+#include "formats/orient.h"
 #include "layers/stack.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
@@ -28,6 +30,19 @@ void tellNoMemory()
     workspace()->messageBox(QString(), translated("Image Allocation Failed"));
 }
 
+void say(const char *text)
+{
+    workspace()->messageBox(QString(), translated(text));
+}
+
+/// A master has no planes of its own to turn.
+bool refusesTurn(const image *img)
+{
+    if (img->kind == 1)
+        say("A layered image is turned<br>layer by layer, in their windows.");
+    return img->kind == 1;
+}
+
 void copyStory(const image &source, image *copy)
 {
     copy->copyMetadata(source);
@@ -44,7 +59,9 @@ void copyStory(const image &source, image *copy)
     copy->changed = true;
 }
 
-void refreshOverlays(const image *img)
+} // namespace
+
+void selectionChanged(const image *img)
 {
     if (!viewHost())
         return;
@@ -53,7 +70,6 @@ void refreshOverlays(const image *img)
     viewHost()->updateMenus();
 }
 
-/// What every change of an image through a window command ends with.
 void changeDone(image *img)
 {
     img->changed = true;
@@ -65,8 +81,6 @@ void changeDone(image *img)
         host->updateMenus();
     }
 }
-} // namespace
-
 void cloneImage(image *source, QSize scaledTo)
 {
     if (source->kind == 1 && source->needsRebuild)
@@ -145,15 +159,36 @@ bool revertImage(image *img)
     return true;
 }
 
-void turnImage(image *img)
+void turnImage(image *img, int orientation)
 {
-    if (img->kind == 1) {
-        workspace()->messageBox(
-            QString(),
-            translated("A layered image is turned<br>layer by layer, in their windows."));
+    if (refusesTurn(img))
         return;
-    }
-    if (img->quarterTurn())
+    if (orientImage(img, orientation))
+        changeDone(img);
+    else
+        tellNoMemory();
+}
+
+void turnImageUpright(image *img)
+{
+    if (refusesTurn(img))
+        return;
+    const int orientation = exifOrientation(img->tagBlock);
+    if (orientation == 0)
+        say("This image has no EXIF data that say<br>how the camera was held.");
+    else if (orientation == 1)
+        say("This image is upright,<br>as its EXIF data say.");
+    else if (turnUpright(img))
+        changeDone(img);
+    else
+        tellNoMemory();
+}
+
+void developImage(image *img)
+{
+    if (img->cameraOrientation == 0)
+        say("This is no camera RAW, or it is developed already.");
+    else if (developRaw(img))
         changeDone(img);
     else
         tellNoMemory();
@@ -171,11 +206,11 @@ void renameImage(image *img, const QString &name)
 void selectWhole(image *img, bool selected)
 {
     img->fillGmask(selected ? 65535 : 0);
-    refreshOverlays(img);
+    selectionChanged(img);
 }
 
 void invertSelection(image *img)
 {
     img->invertMask();
-    refreshOverlays(img);
+    selectionChanged(img);
 }

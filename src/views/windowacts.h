@@ -22,8 +22,16 @@ void restoreCrop(const image *cropped);
 /// number of samples, with an undo record. True if the image changed.
 bool revertImage(image *img);
 
-/// A quarter turn clockwise of an atomic image or a layer.
-void turnImage(image *img);
+/// Turns or mirrors an atomic image or a layer by an EXIF orientation: 2 mirrors left to
+/// right, 3 is a half turn, 4 mirrors top to bottom, 6 a quarter turn clockwise, 8 one
+/// counterclockwise.
+void turnImage(image *img, int orientation);
+
+/// Turns an image as its EXIF block says that it is to be seen.
+void turnImageUpright(image *img);
+
+/// Develops a camera RAW, which was read as the sensor saw it.
+void developImage(image *img);
 
 /// Gives the image another name, with its title.
 void renameImage(image *img, const QString &name);
@@ -31,3 +39,9 @@ void renameImage(image *img, const QString &name);
 /// Sets the whole selection to one value.
 void selectWhole(image *img, bool selected);
 void invertSelection(image *img);
+
+/// What every change of an image through a window ends with: flags and stamp, and whatever
+/// shows the image follows.
+void changeDone(image *img);
+/// The same for its area selection.
+void selectionChanged(const image *img);

@@ -10,21 +10,31 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <random>
 
 namespace
 {
+/// The square of the checker in which a pixel lies, counted from image position 0.
+int square(int pixel, int offset, double step, int pan, int cell)
+{
+    return int(std::floor((pixel - offset + std::floor(pan / step + 0.5)) / cell));
+}
+
 uint32_t referencePixel(const image &img, const ViewGeometry &view, const ViewBackdrop &backdrop,
                         int px, int py)
 {
-    const double x = px * view.xStep + view.panX, y = py * view.yStep + view.panY;
+    const double x = (px - view.offsetX) * view.xStep + view.panX;
+    const double y = (py - view.offsetY) * view.yStep + view.panY;
     if (x < 0 || y < 0 || x >= img.width || y >= img.height)
         return backdrop.surround;
     const int64_t at = int64_t(y) * img.width + int64_t(x);
     Rgb rgb = {double(img.red[at]), double(img.green[at]), double(img.blue[at])};
     if (img.imageMode == 1)
         rgb = yrbToRgb({rgb.red, rgb.green, rgb.blue});
-    const bool light = backdrop.checker && ((px / backdrop.cell) & 1) != ((py / backdrop.cell) & 1);
+    const int across = square(px, view.offsetX, view.xStep, view.panX, backdrop.cell);
+    const int down = square(py, view.offsetY, view.yStep, view.panY, backdrop.cell);
+    const bool light = backdrop.checker && (across & 1) != (down & 1);
     const uint64_t grey = uint64_t(light ? backdrop.light : backdrop.dark) * 257;
     const uint64_t alpha = img.alpha[at];
     const auto byte = [=](double sample) {
@@ -56,6 +66,7 @@ TEST(Render, EqualsTheReferenceAtEveryLevel)
                 {"reduced", {3.7, 2.9, 0, 0, 83, 73}},
                 {"zoomed in", {0.11, 0.13, 20, 30, 301, 277}},
                 {"past the edges", {1.3, 1.7, -60, -40, 333, 222}},
+                {"set off", {0.8, 0.9, -3, 5, 400, 300, 37, 11}},
                 {"nothing inside", {1, 1, 400, 300, 50, 40}},
                 {"plain grey", {1, 1, 3, 5, 257, 128}, {false, 118, 138, 8}},
                 {"other greys", {0.5, 0.5, 3, 5, 99, 77}, {true, 0, 255, 16}},
@@ -69,6 +80,37 @@ TEST(Render, EqualsTheReferenceAtEveryLevel)
             EXPECT_TRUE(equalsReference(*img, row.view, row.backdrop)) << row.fault << int(level);
         }
     }
+}
+
+TEST(Render, AScrolledViewEqualsAFullRendering)
+{
+    TestHost host;
+    const auto img = randomImage(500, 400, 12);
+    std::mt19937 random(6);
+    const double scales[] = {1.0, 4.0, 0.5, 0.125, 1.001, 0.2503, 1.37};
+    int scrolled[std::size(scales)] = {};
+    for (int turn = 0; turn < 700; ++turn) {
+        const size_t scale = turn % std::size(scales);
+        const auto pan = [&](int most) { return int(random() % (2 * most + 1)) - most; };
+        ViewGeometry view{scales[scale], scales[scale] * 1.0005, pan(300), pan(300), 160, 120};
+        view.offsetX = turn % 3 * 7;
+        const ViewGeometry before = view;
+        const int unit = std::max(1, int(scales[scale]));
+        view.panX += pan(turn % 50) * unit;
+        view.panY += pan(turn % 20) * unit;
+        img->imageMode = turn % 2;
+        QImage moved, full;
+        ASSERT_TRUE(renderView(*img, before, {}, &moved) && renderView(*img, view, {}, &full));
+        if (!scrollView(*img, before, view, {}, &moved))
+            continue;
+        ++scrolled[scale];
+        ASSERT_EQ(moved, full) << turn;
+    }
+    EXPECT_GT(*std::min_element(scrolled, scrolled + 6), 20); // the last is no whole pixels
+    QImage other;
+    ASSERT_TRUE(renderView(*img, {1, 1, 0, 0, 50, 40}, {}, &other));
+    EXPECT_FALSE(scrollView(*img, {1, 1, 0, 0, 50, 40}, {2, 1, 0, 0, 50, 40}, {}, &other));
+    EXPECT_FALSE(scrollView(*img, {1, 1, 0, 0, 60, 40}, {1, 1, 0, 0, 60, 40}, {}, &other));
 }
 
 TEST(Render, RefusesWhatCannotBeShown)
@@ -161,10 +203,19 @@ TEST_F(Paint, CacheIsRenderedOnlyWhenTheViewOrImageChanges)
     window->command(kCommandGrid);
     EXPECT_EQ(drawn(), first);
     window->command(kCommandRight);
+    window->command(kCommandUp);
+    EXPECT_EQ(drawn(), first); // most of it was known
+    EXPECT_EQ(window->scrollCount(), 1);
+    QImage full;
+    ASSERT_TRUE(renderView(*img, window->geometryShown(), {}, &full));
+    EXPECT_EQ(window->cache, full);
+    window->command(kCommandRight);
+    img->fill(1, 1, 1, 65535);
+    host.refreshViews(img); // a pan and a change: nothing is known
     EXPECT_EQ(drawn(), first + 1);
-    host.refreshViews(img);
-    EXPECT_EQ(drawn(), first + 2);
     window->resize(128, 96);
+    EXPECT_EQ(drawn(), first + 2);
+    window->command(kCommandChecker);
     EXPECT_EQ(drawn(), first + 3);
 }
 
