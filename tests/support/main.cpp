@@ -42,6 +42,7 @@ int main(int argc, char **argv)
     qputenv("HOME", home.path().toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit() + "/config");
     qputenv("XDG_DATA_HOME", home.path().toLocal8Bit() + "/data");
+    qputenv("XDG_STATE_HOME", home.path().toLocal8Bit() + "/state");
     if (!qEnvironmentVariableIsSet("KESTRANE_TEST_DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home.path() + "/config");
