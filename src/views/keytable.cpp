@@ -24,13 +24,6 @@ bool isDigit(int key)
     return key >= Qt::Key_0 && key <= Qt::Key_9;
 }
 
-bool isModifierKey(int key)
-{
-    return (key >= Qt::Key_Shift && key <= Qt::Key_ScrollLock) ||
-           (key >= Qt::Key_Super_L && key <= Qt::Key_Hyper_R) || key == Qt::Key_AltGr ||
-           key == Qt::Key_Mode_switch;
-}
-
 constexpr int kRecentKeys = 9; ///< the digits, without 0
 
 /// For each command its own key first: menus show that one and send it.
@@ -170,10 +163,19 @@ int KeyTable::plainKey(int keyWithModifiers)
     return backtab ? Qt::Key_Backtab | modifiers | kShift : code | modifiers;
 }
 
+bool KeyTable::isModifier(int code)
+{
+    return (code >= Qt::Key_Shift && code <= Qt::Key_ScrollLock) ||
+           (code >= Qt::Key_Super_L && code <= Qt::Key_Hyper_R) || code == Qt::Key_AltGr ||
+           code == Qt::Key_Mode_switch;
+}
+
 bool KeyTable::isBindable(int key)
 {
     const int code = key & ~int(Qt::KeyboardModifierMask);
-    if (code <= 0 || code == Qt::Key_unknown || isModifierKey(code) || plainKey(key) != key)
+    const bool blank = code < Qt::Key_Escape && code != Qt::Key_Space &&
+                       (!QChar::isPrint(uint(code)) || QChar::isSpace(uint(code)));
+    if (code <= 0 || blank || code == Qt::Key_unknown || isModifier(code) || plainKey(key) != key)
         return false;
     const QString text = QKeySequence(key).toString(QKeySequence::PortableText);
     const QKeySequence read = QKeySequence::fromString(text, QKeySequence::PortableText);

@@ -35,6 +35,8 @@ public:
     static int plainKey(int keyWithModifiers);
     /// Whether a key in plain form is one that can be pressed and written down.
     static bool isBindable(int key);
+    /// Whether this key alone is but a modifier or a lock.
+    static bool isModifier(int code);
 
     /// The command of a key, 0 if it has none.
     int command(int key, Qt::KeyboardModifiers modifiers) const;
