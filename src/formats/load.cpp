@@ -4,6 +4,8 @@
 #include "core/workspace.h"
 #include "formats/develop.h"
 #include "formats/exif.h"
+#include "formats/iff.h"
+#include "formats/mcai.h"
 #include "formats/readers.h"
 #include "formats/tagged.h"
 
@@ -39,23 +41,19 @@ const MagicForm kMagicForms[] = {
     {"ELF16BIT", readMaster},
 };
 
-/// Readers of whole files that this version does not have; null: not in this version.
-using WholeFileReader = ImageHolder (*)(const FileRecord &record);
-constexpr WholeFileReader kIffReader = nullptr;
-constexpr WholeFileReader kMcaiReader = nullptr;
-
-QString cannotRead(const char *kind)
+QString cancelledText()
 {
-    return QCoreApplication::translate("formats", "This version cannot read %1 pictures")
-        .arg(QLatin1String(kind));
+    return QCoreApplication::translate("formats", "load cancelled");
 }
 
-Outcome runReader(WholeFileReader read, const FileRecord &record, const char *kind)
+/// A reader that finds out by itself whether a file is of its form.
+using WholeFileReader = ImageHolder (*)(const FileRecord &record, bool *cancelled);
+
+Outcome runReader(WholeFileReader read, const FileRecord &record)
 {
     Outcome outcome;
-    if (read)
-        outcome.img = read(record);
-    outcome.complaint = read ? kUnknown : cannotRead(kind);
+    outcome.img = read(record, &outcome.final);
+    outcome.complaint = outcome.final ? cancelledText() : kUnknown;
     return outcome;
 }
 
@@ -86,7 +84,7 @@ Outcome readNative(const FileRecord &record)
         if (magic == form.magic) {
             outcome.img = form.read(record, &outcome.final);
             if (outcome.final)
-                outcome.complaint = QCoreApplication::translate("formats", "load cancelled");
+                outcome.complaint = cancelledText();
         }
     return outcome;
 }
@@ -131,7 +129,7 @@ Outcome readByName(const FileRecord &record)
     if (inList(path, rawExtensions()))
         return readCameraRaw(record);
     if (endsWith(path, ".iff")) {
-        Outcome outcome = runReader(kIffReader, record, "IFF");
+        Outcome outcome = runReader(readIff, record);
         outcome.final = true;
         return outcome;
     }
@@ -149,18 +147,13 @@ Outcome readByContent(const FileRecord &record)
         return {nullptr, true, false, kUnknown};
     Outcome outcome;
     if (magic.startsWith("FORM"))
-        outcome = runReader(kIffReader, record, "IFF");
+        outcome = runReader(readIff, record);
     else if (magic.startsWith("\xFF\xD8") || magic == "\x89PNG\r\n\x1A\n")
         outcome = {readThroughQt(path, record), false, true, {}};
-    if (outcome.settled())
-        return outcome;
-    const QString complaint = outcome.complaint;
-    outcome = runReader(kMcaiReader, record, "MCAI");
-    if (!outcome.img)
-        outcome = {readPix(path, record.name, false), true, false, {}};
-    outcome.complaint = !complaint.isEmpty()      ? complaint
-                        : endsWith(path, ".mcai") ? cannotRead("MCAI")
-                                                  : kUnknown;
+    if (!outcome.settled())
+        outcome = runReader(readMcai, record);
+    if (!outcome.settled())
+        outcome = {readPix(path, record.name, false), true, false, kUnknown};
     return outcome;
 }
 

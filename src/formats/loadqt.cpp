@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/memory.h"
 #include "core/rows.h"
+#include "core/workspace.h"
 #include "formats/bounds.h"
 #include "formats/load.h"
 #include "formats/readers.h"
@@ -115,6 +116,36 @@ void copyPixels(const QImage &picture, image &img)
                     alpha[i] = uint16_t(qAlpha(chunk[i]) * kByteToSample);
                 }
             }
+    });
+}
+
+bool isDeep(const QImage &picture)
+{
+    const QImage::Format format = picture.format();
+    return format == QImage::Format_RGBA64 || format == QImage::Format_RGBX64 ||
+           format == QImage::Format_Grayscale16;
+}
+
+/// The 16 bits of each channel as they are.
+void copyDeepPixels(const QImage &picture, image &img)
+{
+    const bool grey = picture.format() == QImage::Format_Grayscale16;
+    const bool opaque = picture.format() != QImage::Format_RGBA64;
+    parallelRows(img.height, img.width * 4, [&](int first, int end) {
+        for (int y = first; y < end; ++y) {
+            const uchar *line = picture.constScanLine(y);
+            const auto *greys = reinterpret_cast<const quint16 *>(line);
+            const auto *colors = reinterpret_cast<const QRgba64 *>(line);
+            const int64_t start = int64_t(y) * img.width;
+            for (int x = 0; x < img.width; ++x) {
+                const QRgba64 pixel =
+                    grey ? qRgba64(greys[x], greys[x], greys[x], 65535) : colors[x];
+                img.red[start + x] = pixel.red();
+                img.green[start + x] = pixel.green();
+                img.blue[start + x] = pixel.blue();
+                img.alpha[start + x] = opaque ? 65535 : pixel.alpha();
+            }
+        }
     });
 }
 
@@ -241,8 +272,9 @@ QImage roomToDecode(const QImageReader &reader, QSize size)
 }
 
 /// Makes the image at the size that the file announces and decodes the picture. Decoding
-/// keeps one core busy, so another one touches the planes meanwhile. Says what fails.
-ImageHolder decode(const QString &path, QImage *picture)
+/// keeps one core busy, so another one touches the planes meanwhile. Says what fails. `form` is
+/// what the file really is, whatever its name.
+ImageHolder decode(const QString &path, QImage *picture, QByteArray *form)
 {
     const QFileInfo info(path);
     QImageReader reader(path);
@@ -258,6 +290,7 @@ ImageHolder decode(const QString &path, QImage *picture)
         sayStatus(QStringLiteral("Image allocation failed"));
         return nullptr;
     }
+    *form = reader.format();
     *picture = roomToDecode(reader, size);
     QFuture<void> touched = QtConcurrent::run(touchPages, img.get());
     const bool read = reader.read(picture) && !picture->isNull();
@@ -282,7 +315,8 @@ bool followSize(const QImage &picture, const QString &path, image *img)
 ImageHolder readThroughQt(const QString &path, const FileRecord &record)
 {
     QImage picture;
-    ImageHolder img = decode(path, &picture);
+    QByteArray form;
+    ImageHolder img = decode(path, &picture, &form);
     if (!img)
         return nullptr;
     if (!followSize(picture, path, img.get())) {
@@ -292,7 +326,10 @@ ImageHolder readThroughQt(const QString &path, const FileRecord &record)
     img->saveBag = record;
     img->saveBag.isSet = true;
     sayStatus(QStringLiteral("loading image %1 %2").arg(picture.width()).arg(picture.height()));
-    copyPixels(picture, *img);
+    if (form == "png" && workspace() && workspace()->png16 && isDeep(picture))
+        copyDeepPixels(picture, *img);
+    else
+        copyPixels(picture, *img);
     takeTexts(picture, *img);
     // The default rounding: to the nearest, halves to even.
     img->xDpi = int32_t(std::lrint(picture.dotsPerMeterX() / kInchesPerMetre));

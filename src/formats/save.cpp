@@ -4,6 +4,7 @@
 #include "core/compose.h"
 #include "core/rows.h"
 #include "core/workspace.h"
+#include "formats/mcai.h"
 #include "formats/readers.h"
 #include "formats/tagged.h"
 #include "formats/writers.h"
@@ -26,7 +27,7 @@ struct OwnForm {
 const OwnForm kOwnForms[] = {
     {".elx", true, writeMaster},
     {".ato", false, writeAtomic},
-    {".mcai", false, nullptr},
+    {".mcai", false, writeMcai},
 };
 
 QString text(const char *source)

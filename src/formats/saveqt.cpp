@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/image.h"
+#include "core/rows.h"
 #include "core/workspace.h"
 #include "formats/writers.h"
 
@@ -22,9 +23,29 @@ int dotsPerMetre(int dpi)
     return int(std::clamp(std::round(dpi * kInchesPerMetre), 0.0, double(INT_MAX)));
 }
 
-QImage pictureOf(const image &img)
+/// A picture with all 16 bits of the samples; null if memory is short.
+QImage deepPicture(const image &img)
 {
-    QImage picture = img.toQImage();
+    QImage picture(img.width, img.height, QImage::Format_RGBA64);
+    if (picture.isNull())
+        return picture;
+    uchar *const bits = picture.bits(); // once: it would detach on each thread
+    const int lineBytes = picture.bytesPerLine();
+    parallelRows(img.height, img.width * 4, [&](int first, int end) {
+        for (int y = first; y < end; ++y) {
+            auto *out = reinterpret_cast<QRgba64 *>(bits + int64_t(y) * lineBytes);
+            const int64_t start = int64_t(y) * img.width;
+            for (int x = 0; x < img.width; ++x)
+                out[x] = qRgba64(img.red[start + x], img.green[start + x], img.blue[start + x],
+                                 img.alpha[start + x]);
+        }
+    });
+    return picture;
+}
+
+QImage pictureOf(const image &img, bool deep)
+{
+    QImage picture = deep ? deepPicture(img) : img.toQImage();
     picture.setDotsPerMeterX(dotsPerMetre(img.xDpi));
     picture.setDotsPerMeterY(dotsPerMetre(img.yDpi));
     picture.setText(QStringLiteral("Description"), img.annotation);
@@ -57,7 +78,8 @@ bool commitWhole(QSaveFile &file)
 
 bool writeThroughQt(const image &img, const QString &path, bool jpeg, int quality, QString *error)
 {
-    const QImage picture = pictureOf(img);
+    const bool deep = !jpeg && workspace() && workspace()->png16;
+    const QImage picture = pictureOf(img, deep);
     if (picture.isNull()) {
         *error = QCoreApplication::translate("formats", "There is not enough memory.");
         return false;
