@@ -68,7 +68,7 @@ private:
     void makeListView();
     void makeDetailView();
     void makeMenu();
-    QAction *addChoice(QActionGroup *group, const QString &text, int value, int chosen);
+    static QAction *addChoice(QActionGroup *group, const QString &text, int value);
     void addKeys();
     void setTabs();
     QToolButton *addTool(const char *name, const QString &caption, const QIcon &icon,
@@ -77,14 +77,13 @@ private:
     // --- Where it is --------------------------------------------------------------------
     /// Shows a folder and remembers it for Back. False, after saying so, if there is none.
     bool goTo(const QString &folder);
-    void show(const QString &folder);
+    void showFolder(const QString &folder);
     void goBack();
     void goForward();
     void goUp();
     void goHome();
     void enterTypedPath();
     void makeFolder();
-    void updateTools();
 
     // --- What is seen -------------------------------------------------------------------
     void setViewStyle(uint32_t style);
@@ -95,6 +94,7 @@ private:
     void keepSelection();
     void restoreSelection();
     void tellState();
+    void updateGoOn();
     void followSelection();
     void followTyping();
     void updatePreview();
@@ -102,6 +102,7 @@ private:
     // --- What is picked -----------------------------------------------------------------
     void activate(const QModelIndex &index);
     QStringList typedPaths() const;
+    QString existing(const QString &path) const;
     QVector<int> selectedRows() const;
     void acceptFolder();
     void acceptExisting();
@@ -119,6 +120,7 @@ private:
     QStringList keptNames; ///< selected before the list was made anew
     QString keptCurrent;
     QString suggested;
+    uint32_t viewStyle = 0;
     bool nameTyped = false; ///< the name line says what the person typed, not the selection
 
     FilePreviews *previews;
