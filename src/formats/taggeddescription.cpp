@@ -4,7 +4,6 @@
 #include "core/image.h"
 #include "formats/exif.h"
 #include "formats/taggedfields.h"
-#include "formats/taggedstream.h"
 #include "formats/taggedvalues.h"
 
 #include <QBuffer>
@@ -15,26 +14,20 @@ namespace
 {
 /// Not in ".ato" files, whose fields are fixed.
 const QByteArray kExifTag("ATO_EXIF");
-
-template <class Owner>
-void writeRules(const std::vector<FieldRule<Owner>> &rules, const Owner &owner, FieldWriter *out)
-{
-    for (const FieldRule<Owner> &rule : rules)
-        if (rule.restored)
-            out->field(rule.tag, encodeField(memberValue(owner, rule), rule.zeroExtended));
-}
-
-void writeNote(const TaggedPart &part, const Notation &note, FieldWriter *out)
-{
-    out->field(part.noteText, note.text.toUtf8());
-    writeRules(part.note, note, out);
-    for (const QPoint &point : note.points) {
-        out->field(part.pointX, encodeField(FieldValue(int32_t(point.x())), true));
-        out->field(part.pointY, encodeField(FieldValue(int32_t(point.y())), true));
-    }
-    out->mark(part.noteMark);
-}
 } // namespace
+
+void writeNotes(const TaggedPart &part, const image &img, FieldWriter *out)
+{
+    for (const Notation &note : img.notations) {
+        out->field(part.noteText, note.text.toUtf8());
+        writeRules(part.note, note, out);
+        for (const QPoint &point : note.points) {
+            out->field(part.pointX, encodeField(FieldValue(int32_t(point.x())), true));
+            out->field(part.pointY, encodeField(FieldValue(int32_t(point.y())), true));
+        }
+        out->mark(part.noteMark);
+    }
+}
 
 QByteArray describe(const image &img)
 {
@@ -44,8 +37,7 @@ QByteArray describe(const image &img)
     const TaggedPart &part = atomicPart();
     writeRules(part.head, img, &out);
     writeRules(part.settings, img, &out);
-    for (const Notation &note : img.notations)
-        writeNote(part, note, &out);
+    writeNotes(part, img, &out);
     if (!img.tagBlock.isEmpty())
         out.field(kExifTag, img.tagBlock);
     return buffer.data();

@@ -7,7 +7,16 @@
 #include <algorithm>
 #include <vector>
 
-/// What readers of tagged fields collect: the values of a picture, and its notations.
+/// Lists of field rules written and read: the values of a picture, and its notations.
+
+template <class Owner>
+void writeRules(const std::vector<FieldRule<Owner>> &rules, const Owner &owner, FieldWriter *out)
+{
+    for (const FieldRule<Owner> &rule : rules)
+        out->field(rule.tag, encodeField(memberValue(owner, rule), rule.zeroExtended));
+}
+
+void writeNotes(const TaggedPart &part, const image &img, FieldWriter *out);
 
 /// The value of each rule of a list as read so far.
 template <class Owner>

@@ -4,7 +4,7 @@
 #include "formats/tagged.h"
 #include "formats/taggedfields.h"
 #include "formats/taggedplanes.h"
-#include "formats/taggedstream.h"
+#include "formats/taggedvalues.h"
 #include "formats/writers.h"
 
 #include <QCoreApplication>
@@ -58,31 +58,20 @@ public:
     }
     void writeHead(const TaggedPart &part, const image &img)
     {
-        writeRules(part.head, img);
+        writeRules(part.head, img, &out);
         if (!part.packedTag.isEmpty())
             out.field(part.packedTag, QByteArray("T"));
         out.mark(part.keyMark);
     }
-    void writeNotes(const TaggedPart &part, const image &img)
-    {
-        for (const Notation &note : img.notations) {
-            out.field(part.noteText, note.text.toUtf8());
-            writeRules(part.note, note);
-            for (const QPoint &point : note.points) {
-                out.field(part.pointX, encodeField(FieldValue(int32_t(point.x())), true));
-                out.field(part.pointY, encodeField(FieldValue(int32_t(point.y())), true));
-            }
-            out.mark(part.noteMark);
-        }
-    }
     /// The planes have to be the next ones of the list that the writer was made with.
     void writeBody(const TaggedPart &part, const image &img, const QString &progressText)
     {
-        writeRules(part.settings, img);
+        writeRules(part.settings, img, &out);
         for (const QByteArray &tag : part.planes)
             writePlane(tag, progressText);
         out.mark(part.buildMark);
     }
+    FieldWriter *fields() { return &out; }
     /// Puts the new file in its place, if nothing went wrong.
     bool commit(QString *error)
     {
@@ -93,12 +82,6 @@ public:
     }
 
 private:
-    template <class Owner>
-    void writeRules(const std::vector<FieldRule<Owner>> &rules, const Owner &owner)
-    {
-        for (const FieldRule<Owner> &rule : rules)
-            out.field(rule.tag, encodeField(memberValue(owner, rule), rule.zeroExtended));
-    }
     void writePlane(const QByteArray &tag, const QString &progressText)
     {
         do
@@ -162,7 +145,7 @@ bool writeAtomicForm(const image *img, const QString &path, BackgroundWrite *bac
     writer.writeHeader(atomicHeader());
     writer.writeHead(atomicPart(), *img);
     writer.writeBody(atomicPart(), *img, text("saving image"));
-    writer.writeNotes(atomicPart(), *img);
+    writeNotes(atomicPart(), *img, writer.fields());
     return writer.commit(error);
 }
 
@@ -184,10 +167,10 @@ bool writeMasterForm(const image *member, const QString &path, BackgroundWrite *
     FormWriter writer(&file, layers, background);
     writer.writeHeader(masterHeader());
     writer.writeHead(masterPart(), *master);
-    writer.writeNotes(masterPart(), *master);
+    writeNotes(masterPart(), *master, writer.fields());
     for (int i = 0; i < layers.size(); ++i) {
         writer.writeHead(layerPart(), *layers[i]);
-        writer.writeNotes(layerPart(), *layers[i]);
+        writeNotes(layerPart(), *layers[i], writer.fields());
         writer.writeBody(layerPart(), *layers[i],
                          text("saving layer %1 of %2").arg(i + 1).arg(layers.size()));
     }
