@@ -46,38 +46,6 @@ private:
     std::vector<Settings> settings;
 };
 
-using Frames = std::vector<std::unique_ptr<image>>;
-
-/// The offsets of a run in lock step count even where its layers are not seen, so each
-/// frame is composed with the whole stack in place and all other layers hidden. Modes that
-/// need something below would leave a frame black.
-bool makeFrames(image *master, Frames *frames)
-{
-    const QList<image *> shown = master->layers;
-    std::vector<bool> wanted;
-    for (const image *layer : shown)
-        wanted.push_back(isFrame(layer));
-    const SettingsKeeper keeper(master);
-    for (image *layer : shown)
-        layer->visible = layer->localStack = layer->globalMask = false;
-    for (int i = 0; i < shown.size(); ++i) {
-        if (!wanted[size_t(i)])
-            continue;
-        image *layer = shown.at(i);
-        const int32_t mode = layer->layerMode;
-        layer->visible = true;
-        layer->layerMode = kNormalMode;
-        compose(master, false);
-        layer->visible = false;
-        layer->layerMode = mode;
-        auto frame = std::make_unique<image>();
-        if (!frame->allocateUnfilled(master->width, master->height, layer->name))
-            return false;
-        frame->copyWorkPlanes(*master);
-        frames->push_back(std::move(frame));
-    }
-    return true;
-}
 } // namespace
 
 bool isFrame(const image *layer)
@@ -85,16 +53,39 @@ bool isFrame(const image *layer)
     return layer->visible && layer->layerMode != kWarpMode;
 }
 
+QList<int> frameLayers(const image &master)
+{
+    QList<int> places;
+    for (int i = 0; i < master.layers.size(); ++i)
+        if (isFrame(master.layers.at(i)))
+            places << i;
+    return places;
+}
+
+/// The offsets of a run in lock step count even where its layers are not seen, so the frame
+/// is composed with the whole stack in place and all other layers hidden. Modes that need
+/// something below would leave a frame black.
+std::unique_ptr<image> makeFrame(image *master, int layer)
+{
+    auto frame = std::make_unique<image>();
+    if (!frame->allocateUnfilled(master->width, master->height, master->layers.at(layer)->name))
+        return nullptr;
+    const SettingsKeeper keeper(master);
+    for (image *other : qAsConst(master->layers))
+        other->visible = other->localStack = other->globalMask = false;
+    master->layers.at(layer)->visible = true;
+    master->layers.at(layer)->layerMode = kNormalMode;
+    compose(master, false);
+    frame->copyWorkPlanes(*master);
+    return frame;
+}
+
 bool writeLayerAnimation(image *master, const GifAnimation &animation, const QString &path,
                          QString *error)
 {
-    Frames frames;
-    if (!makeFrames(master, &frames)) {
-        *error = QCoreApplication::translate("Layers", "Image Allocation Failed");
-        return false;
-    }
-    QList<const image *> list;
-    for (const auto &frame : frames)
-        list << frame.get();
-    return writeGif(list, animation, path, error);
+    const QList<int> places = frameLayers(*master);
+    const auto source = [&](int number) {
+        return std::shared_ptr<const image>(makeFrame(master, places.at(number)));
+    };
+    return writeGif(places.size(), source, animation, path, error);
 }

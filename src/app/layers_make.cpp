@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/animationexport.h"
 #include "app/busyguard.h"
 #include "app/layeranimation.h"
 #include "app/layers.h"
@@ -6,6 +7,7 @@
 #include "app/parameterdialog.h"
 #include "core/image.h"
 #include "core/layermodes.h"
+#include "formats/writers.h"
 #include "layers/splits.h"
 #include "layers/stack.h"
 #include "layers/warp.h"
@@ -327,20 +329,10 @@ void Layers::on_gifAnim_clicked()
         main->messageBox(tr("Animation"), tr("No layer with a picture is visible."));
         return;
     }
-    ParameterDialog dialog(tr("Animation"),
-                           tr("Each visible layer becomes a frame of a GIF file, in its place and "
-                              "from the bottom up."),
-                           tr("Write…"), this);
-    dialog.whole("delay", tr("Delay"), &animation.delay, {0, 655.35, 2, tr(" s"), 0.01, 2},
-                 tr("Seconds that each frame is seen"));
-    dialog.whole("repeats", tr("Repeats"), &animation.repeats,
-                 {0, 65535, 0, QString(), 1, 20, tr("for ever")},
-                 tr("How often the animation plays again"));
-    dialog.whole("colors", tr("Colours"), &animation.colors, {2, 256, 0, QString(), 1},
-                 tr("The most that a frame may have"));
-    dialog.check("dither", tr("Dither where colours are reduced"), &animation.dither,
-                 tr("Spreads the error of each sample over its neighbours"));
-    if (!dialog.ask() || of != master())
+    AnimationExport dialog(of, &animation, this);
+    const bool goesOn = dialog.exec() == QDialog::Accepted;
+    main->refreshViews(of); // which the making of the frames has composed otherwise
+    if (!goesOn || of != master())
         return;
     const QString path = main->askAnimationFile(of->name);
     if (path.isEmpty() || of != master())
@@ -350,6 +342,8 @@ void Layers::on_gifAnim_clicked()
     main->refreshViews(of);
     if (written)
         main->statusText(tr("Save Complete"));
+    else if (error == QLatin1String(kSaveCancelled))
+        main->statusText(tr("Save Cancelled"));
     else if (!error.isEmpty())
         main->messageBox(tr("Animation"), error.toHtmlEscaped());
 }

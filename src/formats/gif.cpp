@@ -13,7 +13,9 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace
@@ -29,18 +31,13 @@ QString say(const char *text)
     return QCoreApplication::translate("formats", text);
 }
 
-QString faultOf(const QList<const image *> &frames, const GifAnimation &animation)
+QString faultOf(int count, const GifAnimation &animation)
 {
-    if (frames.isEmpty())
+    if (count < 1)
         return say("An animation needs a frame.");
-    for (const image *frame : frames) {
-        if (!frame || !frame->valid())
-            return say("A frame is no picture.");
-        if (frame->width != frames.first()->width || frame->height != frames.first()->height)
-            return say("The frames of an animation must have one size.");
-    }
     const auto isWord = [](int value) { return value >= 0 && value <= kMaxWord; };
-    if (!isWord(animation.delay) || !isWord(animation.repeats))
+    if (!isWord(animation.delay) || !isWord(animation.repeats) ||
+        !std::all_of(animation.delays.begin(), animation.delays.end(), isWord))
         return say("Delay and repeats of an animation go from 0 to 65535.");
     if (animation.colors < 2 || animation.colors > 256)
         return say("A GIF has 2 to 256 colors.");
@@ -53,16 +50,19 @@ bool hasTransparency(const image &frame)
                        [](uint16_t alpha) { return alpha < kOpaqueFrom; });
 }
 
+/// Told after each row; false to stop.
+using NextRow = std::function<bool()>;
+
 /// Tells how far the work is, and whether to go on. Ends the telling when it goes.
 class Telling
 {
 public:
-    explicit Telling(int64_t rows) : total(rows) {}
     ~Telling()
     {
         if (Workspace *space = workspace())
             space->progress({}, 0, 0);
     }
+    Telling() = default;
     Telling(const Telling &) = delete;
     Telling &operator=(const Telling &) = delete;
 
@@ -74,8 +74,10 @@ public:
         return !workspace()->cancelRequested();
     }
 
+    int64_t total = 0; ///< rows, each of them twice
+
 private:
-    int64_t done = 0, total;
+    int64_t done = 0;
 };
 
 /// A frame's palette and how its rows become indices.
@@ -111,17 +113,19 @@ void countRow(const image &frame, int y, ColorHistogram *histogram)
         histogram->add(color, run);
 }
 
-/// False if the person wants to stop.
-bool reduceFrame(const image &frame, int most, Telling *telling, Reduction *reduction)
+/// At most `most` colours, and one less where some are lost anyway if an entry is to be
+/// `spared`. False if the person wants to stop.
+bool reduceFrame(const image &frame, int most, bool spared, const NextRow &nextRow,
+                 Reduction *reduction)
 {
     ColorHistogram histogram;
     for (int y = 0; y < frame.height; ++y) {
         countRow(frame, y, &histogram);
-        if (!telling->nextRow())
+        if (!nextRow())
             return false;
     }
     reduction->exact = histogram.exact() && histogram.size() <= size_t(most);
-    reduction->palette = reduceColors(histogram, most);
+    reduction->palette = reduceColors(histogram, reduction->exact ? most : most - spared);
     return true;
 }
 
@@ -213,20 +217,22 @@ ColorMap mapOf(const std::vector<PaletteColor> &palette, int entries)
 class GifWriter
 {
 public:
-    GifWriter(const QList<const image *> &pictures, const GifAnimation &how, QIODevice *device)
-        : frames(pictures), animation(how), file(device),
-          telling(int64_t(2) * pictures.size() * pictures.first()->height)
+    GifWriter(int frames, const GifFrameSource &from, const GifAnimation &how, QIODevice *device)
+        : count(frames), source(from), animation(how), file(device)
     {
-        for (const image *frame : frames)
-            transparency.push_back(hasTransparency(*frame));
     }
 
     bool writeAll()
     {
+        // A frame's clearing depends on the one that follows, so that is made ahead.
+        Frame now = makeFrame(0), next;
+        firstHasHoles = now.holes;
         gif.reset(EGifOpen(this, &GifWriter::put, nullptr));
-        bool going = gif != nullptr;
-        for (size_t i = 0; going && i < transparency.size(); ++i)
-            going = writeFrame(i);
+        bool going = gif && now.picture;
+        for (int i = 0; going && i < count; ++i, now = std::move(next)) {
+            next = i + 1 < count ? makeFrame(i + 1) : Frame();
+            going = (next.picture || i + 1 == count) && writeFrame(i, now, next.holes);
+        }
         gif.reset(); // writes the last byte
         if (going && !broken)
             return true;
@@ -238,6 +244,11 @@ public:
     QString fault; ///< empty if the file itself knows
 
 private:
+    struct Frame {
+        std::shared_ptr<const image> picture;
+        bool holes = false;
+    };
+
     static int put(GifFileType *to, const GifByteType *bytes, int count)
     {
         auto *self = static_cast<GifWriter *>(to->UserData);
@@ -246,58 +257,83 @@ private:
         return self->broken ? 0 : count;
     }
 
-    bool animated() const { return transparency.size() > 1; }
+    bool animated() const { return count > 1; }
+    /// The number by which the source and the delays know what plays in this place.
+    int numberOf(int place) const { return animation.reversed ? count - 1 - place : place; }
 
-    /// Whether the frame is to be cleared away after it: only where the next one would let
-    /// it show through, because some viewers flicker when they clear.
-    bool cleared(size_t number) const
+    /// Null, with the fault, for a frame that cannot be.
+    Frame makeFrame(int place)
     {
-        return animated() && transparency[(number + 1) % transparency.size()];
+        Frame frame;
+        frame.picture = source(numberOf(place));
+        if (!frame.picture)
+            return {};
+        const image &picture = *frame.picture;
+        if (!picture.valid()) {
+            fault = say("A frame is no picture.");
+            return {};
+        }
+        if (size.isEmpty())
+            size = {picture.width, picture.height};
+        if (QSize(picture.width, picture.height) != size) {
+            fault = say("The frames of an animation must have one size.");
+            return {};
+        }
+        telling.total = int64_t(2) * count * picture.height;
+        frame.holes = hasTransparency(picture);
+        return frame;
     }
 
-    bool writeFrame(size_t number)
+    bool writeFrame(int place, const Frame &frame, bool nextHoles)
     {
-        const image &frame = *frames[int(number)];
+        const image &picture = *frame.picture;
+        // Whether the frame is to be cleared away after it: only where the next one would
+        // let it show through, because some viewers flicker when they clear.
+        const bool cleared = animated() && (place + 1 < count ? nextHoles : firstHasHoles);
         // Some viewers clear to a colour, unless the frame has a transparent entry.
-        const bool holes = transparency[number] || cleared(number);
+        const bool holes = frame.holes || cleared;
+        // Some take from the first frame whether any has holes: it names a transparent entry
+        // that it does not use, where there is room for one.
+        const bool first = place == 0, spared = first && animated() && !holes;
+        const NextRow nextRow = [this]() { return telling.nextRow(); };
         Reduction reduction;
-        if (!reduceFrame(frame, animation.colors - holes, &telling, &reduction))
+        if (!reduceFrame(picture, animation.colors - holes, spared, nextRow, &reduction))
             return cancelled();
         const int last = int(reduction.palette.size());
-        const ColorMap map = mapOf(reduction.palette, last + holes);
+        const bool named = holes || (spared && last < animation.colors);
         // The first palette stands in the file's head, where the simplest readers look.
-        const bool first = number == 0;
-        return map && (!first || writeHead(*map)) &&
-               (!(animated() || holes) ||
-                writeControl(cleared(number), holes ? last : NO_TRANSPARENT_COLOR)) &&
-               EGifPutImageDesc(gif.get(), 0, 0, frame.width, frame.height, false,
+        const ColorMap map = mapOf(reduction.palette, last + named);
+        return map && (!first || writeHead(*map, named)) &&
+               (!(animated() || named) || writeControl(animation.delayOf(numberOf(place)), cleared,
+                                                       named ? last : NO_TRANSPARENT_COLOR)) &&
+               EGifPutImageDesc(gif.get(), 0, 0, picture.width, picture.height, false,
                                 first ? nullptr : map.get()) == GIF_OK &&
-               writeRows(frame, reduction);
+               writeRows(picture, reduction);
     }
 
-    bool writeHead(const ColorMapObject &map)
+    bool writeHead(const ColorMapObject &map, bool holes)
     {
-        EGifSetGifVersion(gif.get(), animated() || transparency.front());
-        return EGifPutScreenDesc(gif.get(), frames.first()->width, frames.first()->height,
-                                 kByteBits, 0, &map) == GIF_OK &&
+        EGifSetGifVersion(gif.get(), animated() || holes);
+        return EGifPutScreenDesc(gif.get(), size.width(), size.height(), kByteBits, 0, &map) ==
+                   GIF_OK &&
                (!animated() || writeLoop());
     }
 
     bool writeLoop()
     {
-        const std::array<GifByteType, 3> count = {1, GifByteType(animation.repeats & 0xFF),
+        const std::array<GifByteType, 3> times = {1, GifByteType(animation.repeats & 0xFF),
                                                   GifByteType(animation.repeats >> kByteBits)};
         return EGifPutExtensionLeader(gif.get(), APPLICATION_EXT_FUNC_CODE) == GIF_OK &&
                EGifPutExtensionBlock(gif.get(), 11, "NETSCAPE2.0") == GIF_OK &&
-               EGifPutExtensionBlock(gif.get(), int(count.size()), count.data()) == GIF_OK &&
+               EGifPutExtensionBlock(gif.get(), int(times.size()), times.data()) == GIF_OK &&
                EGifPutExtensionTrailer(gif.get()) == GIF_OK;
     }
 
-    bool writeControl(bool clear, int transparent)
+    bool writeControl(int delay, bool clear, int transparent)
     {
         GraphicsControlBlock block = {};
         block.DisposalMode = clear ? DISPOSE_BACKGROUND : DISPOSE_DO_NOT;
-        block.DelayTime = animated() ? animation.delay : 0;
+        block.DelayTime = animated() ? delay : 0;
         block.TransparentColor = transparent;
         std::array<GifByteType, kControlBytes> bytes = {};
         EGifGCBToExtension(&block, bytes.data());
@@ -305,13 +341,13 @@ private:
                                 bytes.data()) == GIF_OK;
     }
 
-    bool writeRows(const image &frame, const Reduction &reduction)
+    bool writeRows(const image &picture, const Reduction &reduction)
     {
-        RowMapper mapper(frame, reduction, animation.dither);
-        std::vector<GifPixelType> row(size_t(frame.width));
-        for (int y = 0; y < frame.height; ++y) {
+        RowMapper mapper(picture, reduction, animation.dither);
+        std::vector<GifPixelType> row(size_t(picture.width));
+        for (int y = 0; y < picture.height; ++y) {
             mapper.map(y, row.data());
-            if (EGifPutLine(gif.get(), row.data(), frame.width) != GIF_OK)
+            if (EGifPutLine(gif.get(), row.data(), picture.width) != GIF_OK)
                 return false;
             if (!telling.nextRow())
                 return cancelled();
@@ -325,25 +361,79 @@ private:
         return false;
     }
 
-    const QList<const image *> &frames;
+    int count;
+    const GifFrameSource &source;
     const GifAnimation &animation;
     QIODevice *file;
+    QSize size;
     Telling telling;
-    std::vector<bool> transparency; ///< of each frame
-    bool broken = false;            ///< the file did not take what was written
+    bool firstHasHoles = false;
+    bool broken = false; ///< the file did not take what was written
     std::unique_ptr<GifFileType, CloseGif> gif;
+};
+
+/// Counts the bytes that a row's indices take, and shows them in their colours.
+class PreviewWriter
+{
+public:
+    PreviewWriter(const image &picture, const Reduction &how, bool withHoles)
+        : frame(picture), reduction(how), holes(withHoles)
+    {
+        for (const PaletteColor &color : how.palette)
+            colors.push_back(qRgb(color.red, color.green, color.blue));
+        colors.resize(size_t(kPaletteEntries)); // the transparent entry and what is not used
+    }
+
+    bool write(bool dither, const NextRow &nextRow, GifPreview *preview)
+    {
+        preview->picture = QImage(frame.width, frame.height, QImage::Format_ARGB32);
+        const ColorMap map = mapOf(reduction.palette, int(reduction.palette.size()) + holes);
+        const std::unique_ptr<GifFileType, CloseGif> gif(EGifOpen(this, &count, nullptr));
+        if (preview->picture.isNull() || !map || !gif ||
+            EGifPutScreenDesc(gif.get(), frame.width, frame.height, kByteBits, 0, map.get()) !=
+                GIF_OK ||
+            EGifPutImageDesc(gif.get(), 0, 0, frame.width, frame.height, false, nullptr) != GIF_OK)
+            return false;
+        RowMapper mapper(frame, reduction, dither);
+        std::vector<GifPixelType> row(size_t(frame.width));
+        for (int y = 0; y < frame.height; ++y) {
+            mapper.map(y, row.data());
+            auto *out = reinterpret_cast<QRgb *>(preview->picture.scanLine(y));
+            for (size_t x = 0; x < row.size(); ++x)
+                out[x] = colors[row[x]];
+            if (EGifPutLine(gif.get(), row.data(), frame.width) != GIF_OK || !nextRow())
+                return false;
+        }
+        preview->bytes = bytes;
+        return true;
+    }
+
+private:
+    static constexpr int kPaletteEntries = 256;
+
+    static int count(GifFileType *to, const GifByteType *, int count)
+    {
+        static_cast<PreviewWriter *>(to->UserData)->bytes += count;
+        return count;
+    }
+
+    const image &frame;
+    const Reduction &reduction;
+    bool holes;
+    int64_t bytes = 0;
+    std::vector<QRgb> colors;
 };
 } // namespace
 
-bool writeGif(const QList<const image *> &frames, const GifAnimation &animation,
+bool writeGif(int count, const GifFrameSource &source, const GifAnimation &animation,
               const QString &path, QString *error)
 {
-    *error = faultOf(frames, animation);
+    *error = faultOf(count, animation);
     if (!error->isEmpty())
         return false;
     QSaveFile file(path);
     if (file.open(QIODevice::WriteOnly)) {
-        GifWriter writer(frames, animation, &file);
+        GifWriter writer(count, source, animation, &file);
         if (writer.writeAll() && commitWhole(file))
             return true;
         *error = writer.fault;
@@ -351,4 +441,33 @@ bool writeGif(const QList<const image *> &frames, const GifAnimation &animation,
     if (error->isEmpty())
         *error = file.errorString();
     return false;
+}
+
+bool writeGif(const QList<const image *> &frames, const GifAnimation &animation,
+              const QString &path, QString *error)
+{
+    if (frames.contains(nullptr)) {
+        *error = say("A frame is no picture.");
+        return false;
+    }
+    const auto source = [&frames](int number) { // borrowed, not owned
+        return std::shared_ptr<const image>(std::shared_ptr<const image>(), frames.at(number));
+    };
+    return writeGif(frames.size(), source, animation, path, error);
+}
+
+GifPreview previewGifFrame(const image &frame, const GifAnimation &animation, bool animated,
+                           const std::atomic<bool> &stop)
+{
+    const NextRow nextRow = [&stop]() { return !stop; };
+    const bool holes = hasTransparency(frame);
+    GifPreview preview;
+    Reduction reduction;
+    if (!faultOf(1, animation).isEmpty() ||
+        !reduceFrame(frame, animation.colors - holes, false, nextRow, &reduction) ||
+        !PreviewWriter(frame, reduction, holes).write(animation.dither, nextRow, &preview))
+        return {};
+    if (animated)
+        preview.bytes += kControlBytes;
+    return preview;
 }

@@ -210,13 +210,13 @@ void NotationEditor::grab(const QMouseEvent &event, const NotationHit &hit, QPoi
     work = Work::Drag;
     grabbed = hit;
     grabbedWhole = event.modifiers() & Qt::ControlModifier;
-    draft = window->img->notations.value(hit.note);
+    draft = notationAt(*window->img, hit.note);
 }
 
 /// Shift on the chosen polygon: an edge gets a corner, a corner goes.
 bool NotationEditor::reshape(const NotationHit &hit, QPointF position)
 {
-    Notation changed = window->img->notations.at(hit.note);
+    Notation changed = notationAt(*window->img, hit.note);
     QPolygon &points = changed.points;
     if (hit.part == Part::Edge && points.size() < kMostCorners)
         points.insert(hit.point + 1, rounded(position));
@@ -225,7 +225,7 @@ bool NotationEditor::reshape(const NotationHit &hit, QPointF position)
     else
         return false;
     beginNotationAct(window->img, hit.note, NotationAct::Reshape);
-    window->img->notations.replace(hit.note, changed);
+    setNotation(window->img, hit.note, std::move(changed));
     endNotationAct(window->img, hit.note);
     return true;
 }
@@ -250,7 +250,7 @@ void NotationEditor::dragTo(QPointF position)
         return;
     }
     const QPoint by = rounded(position) - rounded(pressedAt);
-    draft = window->img->notations.value(chosen);
+    draft = notationAt(*window->img, chosen);
     moveNotationPart(&draft, grabbed, grabbedWhole, by.x(), by.y());
 }
 
@@ -273,12 +273,12 @@ bool NotationEditor::release(const QMouseEvent &event, QPointF position)
 void NotationEditor::finishDrag()
 {
     const bool changes = moved && chosenNote() >= 0;
-    const Notation made = std::move(draft);
+    Notation made = std::move(draft);
     giveUp();
     if (!changes)
         return;
     beginNotationAct(window->img, chosen, NotationAct::Reshape);
-    window->img->notations.replace(chosen, made);
+    setNotation(window->img, chosen, std::move(made));
     endNotationAct(window->img, chosen);
 }
 
@@ -442,9 +442,9 @@ bool NotationEditor::stepKey(const QKeyEvent &event)
 void NotationEditor::nudge(int dx, int dy)
 {
     beginNotationAct(window->img, chosen, NotationAct::Nudge);
-    Notation note = window->img->notations.at(chosen);
+    Notation note = notationAt(*window->img, chosen);
     moveNotationPart(&note, {}, true, dx, dy);
-    window->img->notations.replace(chosen, note);
+    setNotation(window->img, chosen, std::move(note));
     endNotationAct(window->img, chosen);
 }
 

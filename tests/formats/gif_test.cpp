@@ -82,21 +82,25 @@ TEST_F(GifTest, EachFrameShowsAlone)
     const ImagePtr frames[] = {squares(0, true), squares(1, false), squares(2, true),
                                squares(3, true), squares(4, false), squares(5, false)};
     GifAnimation animation;
-    animation.delay = 7;
+    animation.delays = {7, 9, 11, 13, 15, 65535};
     animation.repeats = 300;
     std::vector<const image *> list;
     for (const ImagePtr &frame : frames)
         list.push_back(frame.get());
-    ASSERT_TRUE(write(list, animation)) << qPrintable(error);
-    EXPECT_TRUE(ws.ended);
-    QImageReader reader(path);
-    EXPECT_EQ(reader.imageCount(), 6);
-    for (const image *frame : list) {
-        const QImage got = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-        EXPECT_EQ(got, shown(*frame));
-        EXPECT_EQ(reader.nextImageDelay(), 70);
+    for (const bool reversed : {false, true}) {
+        animation.reversed = reversed;
+        ASSERT_TRUE(write(list, animation)) << qPrintable(error);
+        EXPECT_TRUE(ws.ended);
+        QImageReader reader(path);
+        EXPECT_EQ(reader.imageCount(), 6);
+        for (size_t place = 0; place < list.size(); ++place) {
+            const size_t number = reversed ? 5 - place : place;
+            const QImage got = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+            EXPECT_EQ(got, shown(*list[number])) << number;
+            EXPECT_EQ(reader.nextImageDelay(), animation.delays[int(number)] * 10);
+        }
+        EXPECT_EQ(reader.loopCount(), 300);
     }
-    EXPECT_EQ(reader.loopCount(), 300);
 }
 
 TEST_F(GifTest, ASingleFrameIsAPlainFile)
@@ -182,6 +186,22 @@ TEST_F(GifTest, ManyColoursAreReducedAndDiffused)
     }
 }
 
+TEST_F(GifTest, ThePreviewShowsTheFile)
+{
+    const ImagePtr img = randomImage(160, 120, 5);
+    std::atomic<bool> stop{false};
+    GifAnimation animation{.colors = 20};
+    for (const bool dither : {false, true}) {
+        animation.dither = dither;
+        ASSERT_TRUE(write({img.get()}, animation));
+        const GifPreview made = previewGifFrame(*img, animation, false, stop);
+        EXPECT_EQ(made.picture, QImage(path).convertToFormat(QImage::Format_ARGB32));
+        EXPECT_NEAR(double(made.bytes), double(bytes().size()), 20.0);
+    }
+    stop = true;
+    EXPECT_TRUE(previewGifFrame(*img, animation, false, stop).picture.isNull());
+}
+
 TEST_F(GifTest, TheNearestEntryIsFound)
 {
     std::mt19937 random(11);
@@ -219,9 +239,10 @@ TEST_F(GifTest, RefusalsKeepTheOldFile)
         {"NoFrame", {}, {}, false},
         {"NullFrame", {img.get(), nullptr}, {}, false},
         {"OtherSize", {img.get(), other.get()}, {}, false},
-        {"Delay", {img.get()}, {65536, 0, 256, true}, false},
-        {"Repeats", {img.get()}, {10, -1, 256, true}, false},
-        {"OneColour", {img.get()}, {10, 0, 1, true}, false},
+        {"Delay", {img.get()}, {.delay = 65536}, false},
+        {"OneOfTheDelays", {img.get(), img.get()}, {.delays = {1, -1}}, false},
+        {"Repeats", {img.get()}, {.repeats = -1}, false},
+        {"OneColour", {img.get()}, {.colors = 1}, false},
         {"Cancelled", {img.get(), img.get()}, {}, true},
     };
     for (const Case &c : cases) {
