@@ -4,6 +4,11 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <string>
+
 #include <exiv2/exiv2.hpp>
 
 namespace
@@ -61,13 +66,74 @@ QByteArray findExifSegment(QFile &file)
     return {};
 }
 
+/// What people look for first, in this order; the rest follows as the file has it.
+constexpr const char *kFirstKeys[] = {
+    "Exif.Image.Make",
+    "Exif.Image.Model",
+    "Exif.Photo.LensModel",
+    "Exif.Photo.DateTimeOriginal",
+    "Exif.Photo.ExposureTime",
+    "Exif.Photo.FNumber",
+    "Exif.Photo.ISOSpeedRatings",
+    "Exif.Photo.ExposureBiasValue",
+    "Exif.Photo.FocalLength",
+    "Exif.Photo.FocalLengthIn35mmFilm",
+    "Exif.Photo.Flash",
+    "Exif.Photo.WhiteBalance",
+    "Exif.Photo.MeteringMode",
+    "Exif.Photo.ExposureProgram",
+    "Exif.Image.ImageDescription",
+    "Exif.Image.Artist",
+    "Exif.Image.Copyright",
+    "Exif.Image.Software",
+    "Exif.GPSInfo.GPSLatitude",
+    "Exif.GPSInfo.GPSLatitudeRef",
+    "Exif.GPSInfo.GPSLongitude",
+    "Exif.GPSInfo.GPSLongitudeRef",
+    "Exif.GPSInfo.GPSAltitude",
+    "Exif.Image.Orientation",
+};
+
+/// Places within the file, paddings, the thumbnail's own directory, and tags and values
+/// without a meaning that is known.
+bool tellsPeopleNothing(const Exiv2::Exifdatum &datum)
+{
+    static const std::set<std::string> unwanted = {"Exif.Image.ExifTag",
+                                                   "Exif.Image.GPSTag",
+                                                   "Exif.Photo.InteroperabilityTag",
+                                                   "Exif.Photo.MakerNote",
+                                                   "Exif.Photo.ComponentsConfiguration",
+                                                   "Exif.Image.PrintImageMatching",
+                                                   "Exif.Image.0xea1c",
+                                                   "Exif.Photo.0xea1c"};
+    return datum.count() <= 0 || size_t(datum.size()) > kValueBytes ||
+           datum.groupName() == "Thumbnail" || datum.groupName() == "MakerNote" ||
+           datum.tagName().rfind("0x", 0) == 0 || unwanted.count(datum.key()) > 0;
+}
+
+/// Empty if there is nothing to read.
 QString lineOf(const Exiv2::Exifdatum &datum, const Exiv2::ExifData &all)
 {
     const std::string label = datum.tagLabel();
     const QString name = QString::fromStdString(label.empty() ? datum.tagName() : label);
     const QString value = QString::fromStdString(datum.print(&all)).simplified();
+    if (value.isEmpty())
+        return QString();
     const QString line = name + QLatin1String(": ") + value;
     return line.size() <= kLineChars ? line : line.left(kLineChars - 1) + QChar(0x2026);
+}
+
+void appendLine(const Exiv2::Exifdatum &datum, const Exiv2::ExifData &all, QStringList *lines)
+{
+    if (tellsPeopleNothing(datum))
+        return;
+    if (const QString line = lineOf(datum, all); !line.isEmpty())
+        *lines << line;
+}
+
+bool comesFirst(const std::string &key)
+{
+    return std::find(std::begin(kFirstKeys), std::end(kFirstKeys), key) != std::end(kFirstKeys);
 }
 } // namespace
 
@@ -82,9 +148,12 @@ QStringList exifLines(const QByteArray &block)
         Exiv2::ExifParser::decode(
             all, reinterpret_cast<const Exiv2::byte *>(block.constData()) + kSignatureBytes,
             uint32_t(block.size() - kSignatureBytes));
+        for (const char *key : kFirstKeys)
+            if (const auto found = all.findKey(Exiv2::ExifKey(key)); found != all.end())
+                appendLine(*found, all, &lines);
         for (const Exiv2::Exifdatum &datum : all)
-            if (datum.count() > 0 && size_t(datum.size()) <= kValueBytes)
-                lines << lineOf(datum, all);
+            if (!comesFirst(datum.key()))
+                appendLine(datum, all, &lines);
     } catch (...) {
         // What was read up to the damage is still worth showing.
         qDebug("EXIF: damaged block");
