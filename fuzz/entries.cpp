@@ -5,18 +5,25 @@
 #include "core/memory.h"
 #include "core/workspace.h"
 #include "formats/exif.h"
+#include "formats/gif.h"
+#include "formats/iff.h"
 #include "formats/load.h"
+#include "formats/mcai.h"
+#include "formats/mcaiblock.h"
+#include "formats/orient.h"
 #include "formats/readers.h"
 #include "formats/tagged.h"
 
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QImageReader>
 #include <QTemporaryDir>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 
 namespace
 {
@@ -124,6 +131,39 @@ void fuzzElx(const uint8_t *data, size_t size)
     });
 }
 
+void fuzzIff(const uint8_t *data, size_t size)
+{
+    readAndCheck(".iff", data, size,
+                 [](const QString &path) { return readIff(FileRecord::fromPath(path)).release(); });
+}
+
+/// Checksums hide the packed rows from a fuzzer, so what stands behind a first byte is also
+/// unpacked as a block of a picture.
+void fuzzMcai(const uint8_t *data, size_t size)
+{
+    readAndCheck(".mcai", data, size, [](const QString &path) {
+        return readMcai(FileRecord::fromPath(path)).release();
+    });
+    image img;
+    require(size == 0 || img.allocate(19, 11, QStringLiteral("block")), "no memory");
+    if (size == 0)
+        return;
+    const int steps = 1 + data[0] % 2 * 63; // places of one byte, or of two
+    for (int64_t i = 0; i < img.sampleCount(); ++i)
+        img.red[i] = img.alpha[i] = img.gmask[i] = uint16_t(i * steps % 60000);
+    const QByteArray block(reinterpret_cast<const char *>(data + 1), int(size - 1));
+    unpackRows(block, McaiTables::of(img), 0, img.height, true, &img);
+}
+
+void fuzzExifBlock(QByteArray block)
+{
+    exifLines(block);
+    if (const bool named = exifOrientation(block) != 0; setExifOrientation(&block, 3))
+        require(exifOrientation(block) == 3, "an orientation that was not written");
+    else
+        require(!named, "an orientation that cannot be written");
+}
+
 /// A JPEG file, or else the content of a block.
 void fuzzExif(const uint8_t *data, size_t size)
 {
@@ -131,8 +171,84 @@ void fuzzExif(const uint8_t *data, size_t size)
     if (jpeg)
         readExif(inputFile(".jpg", data, size));
     else
-        exifLines(
+        fuzzExifBlock(
             QByteArray("Exif\0\0", 6).append(reinterpret_cast<const char *>(data), int(size)));
+}
+
+/// Bytes that decide what is tried; zeros once they are used up.
+class Choices
+{
+public:
+    Choices(const uint8_t *data, size_t size) : at(data), left(size) {}
+
+    int next() { return left == 0 ? 0 : (--left, *at++); }
+    int upTo(int most) { return next() % most + 1; }
+
+private:
+    const uint8_t *at;
+    size_t left;
+};
+
+ImageHolder chosenFrame(Choices *choices, int width, int height)
+{
+    ImageHolder frame{new image};
+    require(frame->allocate(width, height, QStringLiteral("frame")), "no memory for a frame");
+    const int shades = choices->upTo(256), holes = choices->next();
+    for (int64_t i = 0; i < frame->sampleCount(); ++i) {
+        for (uint16_t *plane : {frame->red, frame->green, frame->blue})
+            plane[i] = uint16_t(choices->next() % shades * 257 + shades);
+        frame->alpha[i] = holes > 127 ? uint16_t(choices->next() * 257) : 65535;
+    }
+    return frame;
+}
+
+/// What a viewer has to show of a frame whose colours are kept, and how many those are.
+QImage exactPicture(const image &frame, std::set<QRgb> *colors)
+{
+    QImage picture = frame.toQImage();
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const QRgb color = picture.pixel(x, y);
+            const QRgb shown = qAlpha(color) < 128 ? 0U : color | 0xFF000000U;
+            picture.setPixel(x, y, shown);
+            colors->insert(shown);
+        }
+    return picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+/// Frames of random sizes and colours through reduction and writer: the file is read back.
+void fuzzGif(const uint8_t *data, size_t size)
+{
+    needWorkspace();
+    Choices choices(data, size);
+    GifAnimation animation;
+    animation.colors = choices.upTo(255) + 1;
+    animation.dither = choices.next() % 2 != 0;
+    animation.reversed = choices.next() % 2 != 0;
+    const int width = choices.upTo(40), height = choices.upTo(40), count = choices.upTo(4);
+    std::vector<ImageHolder> frames;
+    QList<const image *> list;
+    for (int i = 0; i < count; ++i) {
+        frames.push_back(chosenFrame(&choices, width, height));
+        list << frames.back().get();
+        animation.delays << choices.next() * 100;
+    }
+    const QString path = inputFile(".gif", data, 0);
+    QString error;
+    require(writeGif(list, animation, path, &error), "the writer refused");
+    QImageReader reader(path);
+    bool roomForHoles = false; // in the first palette, from which Qt takes that there are any
+    for (int i = 0; i < count; ++i) {
+        const int number = animation.reversed ? count - 1 - i : i;
+        const QImage read = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+        require(read.size() == QSize(width, height), "a frame of another size");
+        std::set<QRgb> colors;
+        const QImage exact = exactPicture(*list[number], &colors);
+        // One entry may go to the clearing before a frame with holes.
+        const bool few = int(colors.size()) < animation.colors;
+        roomForHoles = i == 0 ? few : roomForHoles;
+        require(!few || !roomForHoles || read == exact, "colours were not kept");
+    }
 }
 
 void fuzzDispatch(const uint8_t *data, size_t size)
@@ -156,8 +272,9 @@ const std::vector<const char *> &dispatchExtensions()
 const std::vector<FuzzEntry> &fuzzEntries()
 {
     static const std::vector<FuzzEntry> entries = {
-        {"rgba", fuzzRgba}, {"pix", fuzzPix}, {"qt", fuzzQt},   {"raw", fuzzRaw},
-        {"exif", fuzzExif}, {"ato", fuzzAto}, {"elx", fuzzElx}, {"dispatch", fuzzDispatch}};
+        {"rgba", fuzzRgba}, {"pix", fuzzPix},   {"qt", fuzzQt},
+        {"raw", fuzzRaw},   {"exif", fuzzExif}, {"ato", fuzzAto},
+        {"elx", fuzzElx},   {"gif", fuzzGif},   {"dispatch", fuzzDispatch}};
     return entries;
 }
 
