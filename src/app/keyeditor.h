@@ -26,7 +26,7 @@ public:
     /// Asks for a file to save to or to load from; empty if the person gave up.
     using PickFile = std::function<QString(bool save)>;
 
-    KeyEditor(OtherUse otherUse, PickFile pickFile, QWidget *parent);
+    KeyEditor(OtherUse useOf, PickFile pick, QWidget *parent);
     ~KeyEditor() override;
 
     /// The table as it is edited.
@@ -38,6 +38,9 @@ public:
 signals:
     /// The live table has become another one: menus that show keys are out of date.
     void keysChanged();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void on_search_textChanged(const QString &text);

@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/preferencepage.h"
+
 #include <QDialog>
 #include <QIcon>
 #include <QStringList>
 
 #include <functional>
-#include <memory>
 #include <vector>
 
-class PreferencePage;
 class QDialogButtonBox;
 class QListWidget;
-class QPushButton;
 class QStackedWidget;
-class ToolIconPage;
 
 /// What a person can set that is no setting of the workspace.
 struct PreferencesExtras {
@@ -35,9 +33,8 @@ class Preferences : public QDialog
 {
     Q_OBJECT
 public:
-    /// `pickIcon` asks for a PNG file; empty if the person gave up.
-    Preferences(const PreferencesExtras &extras, std::function<QString()> pickIcon,
-                QWidget *parent);
+    /// `pick` asks for a PNG file; empty if the person gave up.
+    Preferences(const PreferencesExtras &extras, std::function<QString()> pick, QWidget *parent);
     ~Preferences() override;
 
     /// As they were last applied.
@@ -60,8 +57,17 @@ private:
     void addPages();
     void addPage(PreferencePage *page);
     void addButtons();
+    PreferencePage *generalPage();
+    PreferencePage *displayPage();
+    PreferencePage *snappingPage();
+    PreferencePage *filesPage();
+    PreferencePage *metadataPage();
+    /// The values of all pages, as they stand in the fields.
+    PreferenceValues fieldValues() const;
+    PreferenceValues presentValues() const;
+    void updateApply();
     void apply();
-    void restoreDefaults();
+    void store(const QString &key, const QString &value);
 
     PreferencesExtras given;
     std::function<QString()> pickIcon;
@@ -69,5 +75,4 @@ private:
     QStackedWidget *stack;
     QDialogButtonBox *buttons;
     std::vector<PreferencePage *> pages;
-    ToolIconPage *iconPage = nullptr;
 };

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/settingdefaults.h"
 #include "core/workspace.h"
 
 #include <QCoreApplication>
+#include <QHash>
 #include <QLocale>
 
 #include <cmath>
@@ -92,6 +94,13 @@ const Setting *find(const std::vector<Setting> &table, const QString &key)
     return nullptr;
 }
 
+/// What the fields of a workspace start with is the same for every one.
+QHash<QString, QString> &defaultTexts()
+{
+    static QHash<QString, QString> texts;
+    return texts;
+}
+
 QString refusal(const Setting &setting, const QString &value)
 {
     if (setting.low == 0 && setting.high == 0)
@@ -158,6 +167,14 @@ void Workspace::buildSettings()
         {"rgbaDepth", Type::Int, &rgbaDepth, 32, 64, false, 32},
         {"maskWithTargetAlpha", Type::Bool, &maskWithTargetAlpha, 0, 1, true},
     };
+    if (defaultTexts().isEmpty())
+        for (const Setting &setting : settingTable)
+            defaultTexts().insert(QString::fromLatin1(setting.key), fieldText(setting));
+}
+
+QString defaultSettingText(const QString &key)
+{
+    return defaultTexts().value(key);
 }
 
 bool Workspace::setSetting(const QString &key, const QString &value, QString *error)
