@@ -272,9 +272,10 @@ const std::vector<const char *> &dispatchExtensions()
 const std::vector<FuzzEntry> &fuzzEntries()
 {
     static const std::vector<FuzzEntry> entries = {
-        {"rgba", fuzzRgba}, {"pix", fuzzPix},   {"qt", fuzzQt},
-        {"raw", fuzzRaw},   {"exif", fuzzExif}, {"ato", fuzzAto},
-        {"elx", fuzzElx},   {"gif", fuzzGif},   {"dispatch", fuzzDispatch}};
+        {"rgba", fuzzRgba}, {"pix", fuzzPix},          {"qt", fuzzQt},
+        {"raw", fuzzRaw},   {"exif", fuzzExif},        {"ato", fuzzAto},
+        {"elx", fuzzElx},   {"gif", fuzzGif},          {"iff", fuzzIff},
+        {"mcai", fuzzMcai}, {"dispatch", fuzzDispatch}};
     return entries;
 }
 
