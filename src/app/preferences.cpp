@@ -109,7 +109,7 @@ PreferencePage *Preferences::displayPage()
     page->heading(tr("Zoom and pixel grid"));
     page->number("zoomSteps", tr("&Zoom steps per doubling"),
                  tr("1: each step of the zoom doubles or halves the size"));
-    page->check("gridState", tr("Show the pi&xel grid"),
+    page->check("gridState", tr("Show the &pixel grid"),
                 tr("Lines between the pixels, as soon as they are large enough"));
     page->choice("gridColorToggle", tr("Pixel &grid colour"),
                  tr("A dark grid is seen on bright images, a light one on dark images"),
@@ -121,7 +121,7 @@ PreferencePage *Preferences::displayPage()
                  {tr("samples"), tr("inches"), tr("centimetres")});
     page->check("showNotations", tr("Show &notes"), tr("Notes on images are drawn over them"));
     page->heading(tr("Main window"));
-    page->number("toolIconSize", tr("Size of &tool icons"),
+    page->number("toolIconSize", tr("Size &of tool icons"),
                  tr("Side of the icons on the tool buttons"), tr(" pt"));
     return page;
 }
@@ -144,7 +144,7 @@ PreferencePage *Preferences::snappingPage()
                 tr("What is dragged in an image keeps to the crossings of the grid"));
     page->heading(tr("Guides"));
     page->check("guidesShown", tr("Show g&uides"), tr("Draws an image's guides over it"));
-    page->check("snapToGuides", tr("Snap &to guides"),
+    page->check("snapToGuides", tr("Snap to gui&des"),
                 tr("What is dragged in an image keeps to guides that are near"));
     page->note(tr("Drag guides out of the rulers."));
     return page;
@@ -215,6 +215,7 @@ Preferences::Preferences(const PreferencesExtras &extras, std::function<QString(
     column->addWidget(buttons);
     addPages();
     addButtons();
+    fitPages();
     connect(pageList, &QListWidget::currentRowChanged, stack, &QStackedWidget::setCurrentIndex);
     showPage(0);
     reload(extras);
@@ -230,6 +231,11 @@ void Preferences::addPages()
     addPage(filesPage());
     addPage(metadataPage());
     addPage(new ToolIconPage(given.iconNames, given.toolIcons, pickIcon));
+}
+
+/// Gives all pages one width and the dialog the height of the longest.
+void Preferences::fitPages()
+{
     const int margin = 2 * (pageList->frameWidth() + pageList->fontMetrics().height());
     pageList->setFixedWidth(pageList->sizeHintForColumn(0) + margin);
     int captions = 0;

@@ -57,6 +57,7 @@ private:
     void addPages();
     void addPage(PreferencePage *page);
     void addButtons();
+    void fitPages();
     PreferencePage *generalPage();
     PreferencePage *displayPage();
     PreferencePage *snappingPage();
