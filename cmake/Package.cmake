@@ -12,20 +12,22 @@ set(CPACK_PACKAGE_VENDOR Zolvine)
 set(CPACK_PACKAGE_CONTACT "Kestrane maintainers <kestrane@zolvine.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "image editor for 16 bits a channel")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"Kestrane edits photographs and other pictures at 16 bits a channel. Operators
- with a live preview act through a soft selection mask, and every change can be
- undone. Pictures can have layers with 62 modes, texts, shadows, glows, reliefs
- and warps.
- .
- It reads JPEG, PNG, GIF, portable maps, XBM, XPM, IFF ILBM and camera RAW files,
- and has lossless forms of its own that keep everything. Changed pictures are
- saved in the background and offered again after a crash.
- .
- The package also holds kestrane-batch, which does the same work without
- windows, and a thumbnailer for the program's own forms.")
+"Kestrane edits photographs and other pictures at 16 bits a channel.
+Operators with a live preview act through a soft selection mask, and every
+change can be undone. Pictures can have layers with 62 modes, texts,
+shadows, glows, reliefs and warps.
+.
+It reads JPEG, PNG, GIF, portable maps, XBM, XPM, IFF ILBM and camera RAW
+files, and has lossless forms of its own that keep everything. Changed
+pictures are saved in the background and offered again after a crash.
+.
+The package also holds kestrane-batch, which does the same work without
+windows, and a thumbnailer for the program's own forms.")
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+# Its plugins draw the icons; no library of it is linked.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt5svg5)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS hicolor-icon-theme)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
