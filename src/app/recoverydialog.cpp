@@ -131,7 +131,13 @@ void RecoveryDialog::addRow(const RecoveredPicture &picture)
     row->setText(kTimeColumn,
                  QLocale().toString(picture.savedAt.toLocalTime(), QLocale::ShortFormat));
     row->setIcon(kNameColumn, iconOf(picture, devicePixelRatioF()));
-    row->setToolTip(kFileColumn, picture.originalPath);
+    // Marked as rich text, so that a name with brackets is not taken for some.
+    const auto tip = [](const QString &text) {
+        return QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+    };
+    row->setToolTip(kNameColumn, tip(nameOf(picture)));
+    if (!picture.originalPath.isEmpty())
+        row->setToolTip(kFileColumn, tip(picture.originalPath));
     row->setCheckState(kNameColumn, Qt::Checked);
     pictures << picture;
     list->addTopLevelItem(row);
