@@ -43,10 +43,10 @@ double whiteOf(const image &img)
     return white / kWhite;
 }
 
-/// Part of the shoulder's height at a distance above the knee.
-double shoulder(double light)
+/// Part of the shoulder's height at `t`, in knees' widths above the knee, that ends at `end`.
+double shoulder(double t, double end)
 {
-    return 1.0 - std::exp(-(light - kKnee) / (1.0 - kKnee));
+    return t * (1.0 + t / (end * end)) / (1.0 + t);
 }
 
 double transfer(double light)
@@ -78,7 +78,8 @@ double developCurve(double light, double white)
     const double bright = light * gain;
     if (bright <= kKnee)
         return transfer(bright);
-    return transfer(kKnee + (1.0 - kKnee) * shoulder(bright) / shoulder(gain));
+    const double above = 1.0 - kKnee;
+    return transfer(kKnee + above * shoulder((bright - kKnee) / above, (gain - kKnee) / above));
 }
 
 bool developRaw(image *img)

@@ -14,8 +14,8 @@ bool developRaw(image *img);
 /// of the sensor's range to a screen value, where `white` is the light that the brightest
 /// half of a percent of the pixels reaches.
 ///
-/// The light is multiplied by 0.9 / white, limited to 0.9 to 16. Up to 0.7 it stays so; above,
-/// a shoulder 0.7 + 0.3 (1 - e^-t) / (1 - e^-T) with t = (light - 0.7) / 0.3, and T the t of
-/// the sensor's end, keeps detail in the highlights and ends at exactly 1. The sRGB transfer
-/// function follows.
+/// The light is multiplied by 0.9 / white, limited to 0.9 to 16. Up to 0.7 it stays so. Above,
+/// with t = (light - 0.7) / 0.3 and T the t of the sensor's end, a shoulder
+/// 0.7 + 0.3 t (1 + t / T^2) / (1 + t) begins as steep as the straight part, keeps detail in
+/// the highlights and ends at exactly 1. The sRGB transfer function follows.
 double developCurve(double light, double white);

@@ -77,6 +77,29 @@ TEST_F(SaveTest, PngKeepsHighBytesTextsAndDpi)
     EXPECT_EQ(back->xDpi, 240);
 }
 
+TEST_F(SaveTest, PngAtSixteenBitsIsExactBothWays)
+{
+    const ImagePtr img = randomImage(19, 11, 6);
+    img->author = "Ann";
+    img->xDpi = 240;
+    ws.png16 = true;
+    ASSERT_TRUE(saveImageFile(at("a.png"), img.get(), false));
+    const ImagePtr back = reload("a.png");
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(sameColors(*img, *back));
+    EXPECT_EQ(back->author + QString::number(back->xDpi), "Ann240");
+    QImage grey(3, 1, QImage::Format_Grayscale16);
+    reinterpret_cast<quint16 *>(grey.bits())[1] = 12345;
+    ASSERT_TRUE(grey.save(at("grey.png").fullPath));
+    EXPECT_EQ(reload("grey.png")->blue[1], 12345);
+
+    // Switched off, the same files give 8 bits.
+    ws.png16 = false;
+    EXPECT_EQ(reload("a.png")->toQImage(),
+              QImage(at("a.png").fullPath).convertToFormat(QImage::Format_ARGB32));
+    EXPECT_EQ(reload("grey.png")->blue[1] % 257, 0);
+}
+
 TEST_F(SaveTest, JpegCarriesItsExifBlock)
 {
     const ImagePtr img = plainImage(8, 8, 65535, 0, 0);
@@ -106,6 +129,7 @@ TEST_F(SaveTest, RefusalsWriteNothingAndKeepThePictureChanged)
         {"TransparencyKept", "a.jpg", 65534, 0, true, 1, nullptr},
         {"QualityCancelled", "a.jpg", 65535, 0, false, -1, nullptr},
         {"NoSuchFolder", "no/a.png", 65535, 0, true, -1, "could not be saved"},
+        {"NoSuchFolderOwnForm", "no/a.mcai", 65535, 0, true, -1, "could not be saved"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.fault);
@@ -147,7 +171,7 @@ private:
 TEST_F(SaveTest, AFailedSaveLeavesTheOldFile)
 {
     const ImagePtr img = randomImage(60, 40, 7);
-    for (const char *name : {"a.rgba", "a.png", "a.jpg", "a.ato"}) {
+    for (const char *name : {"a.rgba", "a.png", "a.jpg", "a.ato", "a.mcai"}) {
         SCOPED_TRACE(name);
         ASSERT_TRUE(saveImageFile(at(name), img.get(), false));
         const QByteArray old = bytesOf(name);
@@ -163,6 +187,6 @@ TEST_F(SaveTest, AFailedSaveLeavesTheOldFile)
         EXPECT_EQ(bytesOf(name), old);
         EXPECT_EQ(ws.boxes.size(), 1);
     }
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 4) << "no scraps are left";
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 5) << "no scraps are left";
 }
 } // namespace
