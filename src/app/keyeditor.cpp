@@ -94,6 +94,7 @@ void KeyEditor::showRow(QTreeWidgetItem *item)
     const QList<int> defaults = KeyTable::defaults().keysOf(number);
     const bool same = keys == defaults;
     item->setText(kKeysColumn, keysText(keys));
+    item->setToolTip(kKeysColumn, keysText(keys)); // there may be more than the column shows
     item->setText(kDefaultColumn, same ? tr("yes") : tr("no"));
     const QString usual = defaults.isEmpty() ? tr("no key") : keysText(defaults);
     item->setToolTip(kDefaultColumn, same ? QString() : tr("Default: %1").arg(usual));
