@@ -284,6 +284,7 @@ private:
     /// In device pixels.
     void setClient(int wantedWidth, double wantedHeight);
     void settleAspect();
+    QSizeF settledSize() const;
     bool sizeIsGiven() const;
     void stateChanged();
     void describe();
@@ -369,6 +370,8 @@ private:
     bool onlyPanned = false;  ///< since then
     QSize asked;              ///< client size that the last fit asked for
     QSize askedPixels;        ///< the same in device pixels, before rounding to points
+    QSize overruled;          ///< client size that the last settling replaced
+    bool askedAgain = false;  ///< for the same size, after it was set over
     bool sizeRefused = false; ///< the window manager insists on another size
     double fittedAspect = 0;
     QTimer settle; ///< runs out when the person has stopped resizing

@@ -68,7 +68,8 @@ void imgWindow::setClient(int wantedWidth, double wantedHeight)
     askedPixels = QSize(wantedWidth, int(std::clamp(wantedHeight, 1.0, kMostSide)));
     asked = QSize(std::max(1, int(askedPixels.width() / ratio)),
                   std::max(1, int(askedPixels.height() / ratio)));
-    sizeRefused = false;
+    sizeRefused = askedAgain = false;
+    overruled = QSize();
     resize(asked);
     fitting = before;
 }
@@ -107,30 +108,44 @@ void imgWindow::resizeEvent(QResizeEvent *event)
         settle.start();
 }
 
-void imgWindow::settleAspect()
+/// The client size of the image's aspect nearest to what the person made of the window.
+QSizeF imgWindow::settledSize() const
 {
-    if (!validImage() || isMaximized() || isFullScreen())
-        return;
     const double aspect = shownAspect();
-    // Who moved only the lower or upper edge meant the height.
-    double wide = width() == asked.width() ? height() * aspect : width();
+    // Who moved only the lower or upper edge meant the height. He may have paused on the
+    // way, so that the size was settled under his hand.
+    const bool onlyHigher = width() == asked.width() ||
+                            (width() == overruled.width() && height() != overruled.height());
+    double wide = onlyHigher ? height() * aspect : width();
     const double roomHigh = desktop().height() - frameSize().height();
     if (wide / aspect > roomHigh)
         wide = std::min(wide, std::max(roomHigh, double(height())) * aspect);
     wide = std::clamp(wide, double(kLeastFitWidth), kMostSide);
-    const QSize target(int(wide), int(wide / aspect));
-    if (target == size())
+    return {std::floor(wide), wide / aspect};
+}
+
+void imgWindow::settleAspect()
+{
+    if (!validImage() || isMaximized() || isFullScreen() || size() == asked)
         return;
-    if (target == asked) {
-        // The window manager insists on its size: asking again would go on for ever. The
-        // picture keeps its aspect within that size.
+    // At the end of a drag a window manager sets the size of the drag again, over what was
+    // settled meanwhile: that is asked for once more. One that insists even then (it may
+    // tile its windows) has its will, and the picture keeps its aspect within that size.
+    const bool again = size() == overruled;
+    if (again && askedAgain) {
         sizeRefused = true;
         viewMoved();
         return;
     }
-    fittedAspect = aspect;
+    const QSize was = size();
     const double ratio = devicePixelRatioF();
-    setClient(int(int(wide) * ratio), wide / aspect * ratio);
+    const QSizeF target = again ? QSizeF(askedPixels) / ratio : settledSize();
+    if (QSize(int(target.width()), int(target.height())) == was)
+        return;
+    fittedAspect = shownAspect();
+    setClient(int(target.width() * ratio), target.height() * ratio);
+    overruled = was;
+    askedAgain = again;
 }
 
 /// Back from full screen the window has its former size, but the picture may have been
@@ -138,8 +153,10 @@ void imgWindow::settleAspect()
 void imgWindow::stateChanged()
 {
     viewMoved();
-    if (!isMaximized() && !isFullScreen() && fittedAspect > 0.0)
-        settle.start();
+    if (isMaximized() || isFullScreen() || fittedAspect == 0.0)
+        return;
+    asked = askedPixels = QSize();
+    settle.start();
 }
 
 void imgWindow::toggleFullScreen()

@@ -184,7 +184,7 @@ TEST_F(Commands, CropGoesBackWhereItCameFrom)
     EXPECT_TRUE(gone->undoList.isEmpty());
 }
 
-TEST_F(Commands, TurnRefitsAndUndoes)
+TEST_F(Commands, TurnsAndFlipsRefitAndUndo)
 {
     imgWindow *second = host.show(img);
     window->command(kCommandQuarterTurn);
@@ -193,8 +193,65 @@ TEST_F(Commands, TurnRefitsAndUndoes)
     EXPECT_EQ(second->height(), second->width() * 2);
     window->command(kCommandUndo);
     EXPECT_EQ(window->width(), window->height() * 2);
-    host.show(master)->command(kCommandQuarterTurn);
-    EXPECT_EQ(host.boxes.size(), 1);
+    const ImagePtr before(undoMakeCopy(img, true));
+    const int last = 40 * 20 - 1;
+    const int rows[][2] = {{kCommandQuarterTurn, last - 39}, // where sample 0 comes from
+                           {kCommandQuarterTurnLeft, 39},
+                           {kCommandHalfTurn, last},
+                           {kCommandFlipHorizontal, 39},
+                           {kCommandFlipVertical, last - 39}};
+    for (const auto &[command, from] : rows) {
+        window->command(command);
+        EXPECT_EQ(img->red[0], before->red[from]) << command;
+        window->command(kCommandUndo);
+        EXPECT_TRUE(sameColors(*img, *before)) << command;
+    }
+    EXPECT_TRUE(host.boxes.isEmpty());
+    window->command(kCommandTurnUpright);
+    window->command(kCommandDevelop);
+    host.show(master)->command(kCommandFlipVertical);
+    EXPECT_EQ(host.boxes,
+              QStringList({"This image has no EXIF data that say<br>how the camera was held.",
+                           "This is no camera RAW, or it is developed already.",
+                           "A layered image is turned<br>layer by layer, in their windows."}));
+}
+
+TEST_F(Commands, MoveTheView)
+{
+    const int pages[][3] = {{kCommandPageDown, 0, 9},
+                            {kCommandPageRight, 18, 9},
+                            {kCommandPageUp, 18, 0},
+                            {kCommandPageLeft, 0, 0}};
+    window->command(kCommandZoomIn); // 20 by 10 samples are seen
+    window->command(kCommandHome);
+    for (const auto &[command, x, y] : pages) {
+        window->command(command);
+        EXPECT_EQ(QPoint(window->panX, window->panY), QPoint(x, y)) << command;
+    }
+    host.zoomSteps = 4;
+    window->buildZooms();
+    window->command(kCommandZoomIn);
+    window->command(kCommandPresetIn);
+    EXPECT_FLOAT_EQ(window->zoom, 2.0F);
+    window->command(kCommandPresetIn);
+    EXPECT_FLOAT_EQ(window->zoom, 4.0F);
+    window->command(kCommandZoomOut);
+    window->command(kCommandPresetOut);
+    EXPECT_FLOAT_EQ(window->zoom, 2.0F);
+    window->command(kCommandRatioFirst);
+    EXPECT_EQ(window->size(), QSize(400, 200));
+    window->command(kCommandRatioLast - 2);
+    EXPECT_EQ(window->size(), QSize(20, 10));
+    window->command(kCommandSameView);
+    EXPECT_EQ(host.statusTexts.last(), "No other view shows an image of this size");
+    imgWindow *other = host.show(host.keep(plainImage(40, 20, 0, 0, 0)));
+    imgWindow *larger = host.show(host.keep(plainImage(41, 20, 0, 0, 0)));
+    window->command(kCommandSameView);
+    EXPECT_EQ(QPoint(other->panX, other->panY), QPoint(window->panX, window->panY));
+    EXPECT_EQ(other->zoom, window->zoom);
+    EXPECT_EQ(larger->zoom, 1.0F);
+    window->command(kCommandAntialias);
+    EXPECT_EQ(host.statusTexts.last(), "Entire has no antialias switch");
 }
 
 TEST_F(Commands, SelectionCommands)

@@ -118,3 +118,46 @@ TEST(Fit, ResizingSettlesOnTheAspect)
     window->resize(300, 200); // the lower edge: the height counts
     EXPECT_TRUE(QTest::qWaitFor([window]() { return window->size() == QSize(400, 200); }));
 }
+
+TEST(Fit, ASizeThatIsGivenKeepsTheAspectWithinIt)
+{
+    TestHost host;
+    image *img = host.keep(plainImage(400, 100, 65535, 65535, 65535));
+    imgWindow *window = host.show(img, {200, 50});
+    window->command(kCommandFullScreen);
+    ASSERT_TRUE(window->isFullScreen());
+    const QSize screen = window->size();
+    const int high = screen.width() / 4, top = (screen.height() - high) / 2;
+    EXPECT_EQ(window->deviceArea(), QRect(0, top, screen.width(), high));
+    EXPECT_EQ(window->imageToWindow({400, 100}), QPoint(screen.width(), top + high));
+    EXPECT_EQ(window->windowToImage(screen.width() / 2, screen.height() / 2), QPointF(200, 50));
+    const QImage seen = window->grab().toImage();
+    EXPECT_EQ(seen.pixel(5, top), 0xFFFFFFFF);
+    EXPECT_NE(seen.pixel(5, top - 1), 0xFFFFFFFF);
+    EXPECT_EQ(seen.pixel(5, top + high - 1), 0xFFFFFFFF);
+    EXPECT_NE(seen.pixel(5, top + high), 0xFFFFFFFF);
+    window->command(kCommandHalfTurn);
+    window->command(kCommandQuarterTurnLeft);
+    EXPECT_EQ(window->deviceArea().width(), screen.height() / 4);
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_FALSE(window->isFullScreen());
+    EXPECT_TRUE(QTest::qWaitFor([&]() { return window->height() / window->width() == 4; }));
+}
+
+TEST(Fit, TheWindowManagerMayInsist)
+{
+    TestHost host;
+    imgWindow *window = host.show(host.keep(plainImage(400, 200, 0, 0, 0)), {400, 200});
+    const auto settles = [&](QSize size) {
+        return QTest::qWaitFor([&]() { return window->size() == size; });
+    };
+    window->resize(300, 290);
+    ASSERT_TRUE(settles({300, 150}));
+    window->resize(300, 290); // as at the end of a drag
+    ASSERT_TRUE(settles({300, 150}));
+    window->resize(300, 290);
+    EXPECT_TRUE(QTest::qWaitFor([&]() { return window->deviceArea().top() == 70; }));
+    EXPECT_EQ(window->size(), QSize(300, 290));
+    window->resize(300, 200); // of his own will again
+    EXPECT_TRUE(settles({400, 200}));
+}

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/undo.h"
 #include "support/debuglog.h"
-#include "views/keytable.h"
 #include "views/testhost.h"
 
 #include <QMimeData>
 #include <QtTest>
 
 #include <gtest/gtest.h>
-
-#include <set>
 
 class Input : public testing::Test
 {
@@ -134,24 +131,4 @@ TEST_F(Input, DropsGoToTheHost)
     QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
     QCoreApplication::sendEvent(window, &drop);
     EXPECT_EQ(host.dropped, data.urls());
-}
-
-TEST(KeyTable, EveryKeyHasANamedCommandAndOneMeaning)
-{
-    std::set<int> named, keys;
-    for (const WindowCommand &command : windowCommands())
-        EXPECT_TRUE(named.insert(command.number).second) << command.name;
-    for (const KeyTable::Binding &binding : keyTable().bindings()) {
-        EXPECT_TRUE(named.count(binding.command)) << binding.command;
-        EXPECT_TRUE(keys.insert(binding.key).second) << binding.key;
-        const int modifiers = binding.key & int(Qt::KeyboardModifierMask);
-        EXPECT_EQ(keyTable().command(binding.key - modifiers, Qt::KeyboardModifiers(modifiers)),
-                  binding.command);
-    }
-    EXPECT_EQ(keyTable().keyOf(kCommandUndo), int(Qt::Key_U));
-    EXPECT_EQ(keyTable().command(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier), kCommandRedo);
-    EXPECT_EQ(keyTable().command(Qt::Key_H, {}), 0);
-    KeyTable table = KeyTable::defaults();
-    table.bind(Qt::Key_U, kCommandRedo);
-    EXPECT_EQ(table.command(Qt::Key_U, {}), kCommandRedo);
 }
