@@ -24,13 +24,18 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStyle>
+#include <QStyledItemDelegate>
 #include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace
 {
-constexpr int kWidthInLetters = 130, kHeightInLines = 30;
+constexpr int kWidthInLetters = 160, kHeightInLines = 38;
+constexpr int kNameLetters = 26;   ///< that the list of details shows at least
+constexpr int kGap = 6;            ///< points between the files and the preview
 constexpr int kLongestFilter = 48; ///< letters of a filter that are shown
 
 /// A filter with many patterns is shown by its words alone.
@@ -39,6 +44,22 @@ QString captionOf(const QString &filter)
     const int open = filter.lastIndexOf(QLatin1Char('('));
     return filter.size() <= kLongestFilter || open <= 0 ? filter : filter.left(open).trimmed();
 }
+
+/// Texts below pictures take the width of the cell, not that of the picture alone.
+class CellDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
+    {
+        const QSize cell = option->decorationSize;
+        QStyledItemDelegate::initStyleOption(option, index);
+        if (option->decorationPosition == QStyleOptionViewItem::Top)
+            option->decorationSize = cell;
+    }
+};
 
 QString goOnText(filePicker::PickFor mode)
 {
@@ -66,6 +87,7 @@ filePicker::filePicker(PickFor pickFor, FileBag *fileBag, const QString &title, 
     middle->addWidget(places);
     middle->addWidget(makeViews());
     middle->addWidget(pane);
+    pane->setContentsMargins(kGap, 0, 0, 0);
     middle->setStretchFactor(1, 1);
     middle->setChildrenCollapsible(false);
     column->addWidget(makeBar());
@@ -106,20 +128,23 @@ filePicker::~filePicker()
     previews->disconnect(this);
 }
 
+/// The key belongs to an action: a button would be animated first, and act later.
 QToolButton *filePicker::addTool(const char *name, const QString &caption, const QIcon &icon,
                                  const QString &key, void (filePicker::*act)())
 {
+    auto *action = new QAction(icon, caption, this);
+    const QKeySequence sequence(key);
+    action->setShortcut(sequence);
+    action->setToolTip(
+        QStringLiteral("%1 (%2)").arg(caption, sequence.toString(QKeySequence::NativeText)));
+    connect(action, &QAction::triggered, this, act);
+    addAction(action);
     auto *tool = new QToolButton;
+    tool->setDefaultAction(action);
     tool->setObjectName(QLatin1String(name));
     tool->setAccessibleName(caption);
     tool->setAutoRaise(true);
     tool->setFocusPolicy(Qt::TabFocus);
-    tool->setIcon(icon);
-    const QKeySequence sequence(key);
-    tool->setToolTip(
-        QStringLiteral("%1 (%2)").arg(caption, sequence.toString(QKeySequence::NativeText)));
-    tool->setShortcut(sequence);
-    connect(tool, &QToolButton::clicked, this, act);
     return tool;
 }
 
@@ -137,13 +162,14 @@ QWidget *filePicker::makeBar()
                           QStringLiteral("Alt+Right"), &filePicker::goForward);
     upTool = addTool("up", tr("Up"), icon(QStyle::SP_FileDialogToParent), QStringLiteral("Alt+Up"),
                      &filePicker::goUp);
-    QToolButton *homeTool = addTool("home", tr("Home"), icon(QStyle::SP_DirHomeIcon),
-                                    QStringLiteral("Alt+Home"), &filePicker::goHome);
+    QToolButton *homeTool = addTool("home", tr("Home"), homeIcon(*this), QStringLiteral("Alt+Home"),
+                                    &filePicker::goHome);
     folderTool = addTool("newFolder", tr("New Folder"), icon(QStyle::SP_FileDialogNewFolder),
                          QStringLiteral("Ctrl+Shift+N"), &filePicker::makeFolder);
-    folderTool->setText(tr("New Folder"));
     folderTool->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    folderTool->setVisible(mode == PickFor::Save || mode == PickFor::Folder);
+    const bool makesFolders = mode == PickFor::Save || mode == PickFor::Folder;
+    folderTool->setVisible(makesFolders);
+    folderTool->defaultAction()->setEnabled(makesFolders);
     viewTool = new QToolButton;
     viewTool->setObjectName(QStringLiteral("viewTool"));
     viewTool->setText(tr("View"));
@@ -170,6 +196,7 @@ void filePicker::makeListView()
     listView = new QListView;
     listView->setObjectName(QStringLiteral("listView"));
     listView->setModel(model);
+    listView->setItemDelegate(new CellDelegate(listView));
     listView->setUniformItemSizes(true);
     listView->setTextElideMode(Qt::ElideMiddle);
     listView->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -190,15 +217,25 @@ void filePicker::makeDetailView()
     header->setSectionsMovable(false);
     header->setSectionsClickable(true);
     header->setSortIndicatorShown(true);
-    header->setSectionResizeMode(FolderModel::NameColumn, QHeaderView::Stretch);
     const int letter = fontMetrics().averageCharWidth();
-    header->resizeSection(FolderModel::SizeColumn, letter * 12);
-    header->resizeSection(FolderModel::KindColumn, letter * 22);
-    header->resizeSection(FolderModel::DateColumn, letter * 21);
+    header->resizeSection(FolderModel::SizeColumn, letter * 13);
+    header->resizeSection(FolderModel::KindColumn, letter * 20);
+    header->resizeSection(FolderModel::DateColumn, letter * 20);
     connect(header, &QHeaderView::sortIndicatorChanged, this,
             [this](int column, Qt::SortOrder order) {
                 sortBy(column, order != FolderModel::naturalOrder(column));
             });
+}
+
+/// Names take the room that the other columns leave, but never too little to be read.
+void filePicker::fitNameColumn()
+{
+    QHeaderView *header = detailView->header();
+    int room = detailView->viewport()->width();
+    for (int column = FolderModel::SizeColumn; column < FolderModel::ColumnCount; ++column)
+        room -= header->sectionSize(column);
+    header->resizeSection(FolderModel::NameColumn,
+                          std::max(room, fontMetrics().averageCharWidth() * kNameLetters));
 }
 
 QWidget *filePicker::makeViews()
@@ -208,6 +245,7 @@ QWidget *filePicker::makeViews()
     column->setContentsMargins(0, 0, 0, 0);
     makeListView();
     makeDetailView();
+    detailView->viewport()->installEventFilter(this);
     selection = listView->selectionModel();
     delete detailView->selectionModel();
     detailView->setSelectionModel(selection);
@@ -268,7 +306,7 @@ QWidget *filePicker::makeNameRows()
     connect(buttons, &QDialogButtonBox::accepted, this, &filePicker::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     grid->addWidget(nameLabel, 0, 0);
-    grid->addWidget(nameLine, 0, 1);
+    grid->addWidget(nameLine, 0, 1, 1, mode == PickFor::Folder ? 1 : 2);
     grid->addWidget(filterLabel, 1, 0);
     grid->addWidget(filterCombo, 1, 1);
     grid->addWidget(buttons, mode == PickFor::Folder ? 0 : 1, 2);

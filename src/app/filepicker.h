@@ -67,6 +67,7 @@ private:
     QWidget *makeNameRows();
     void makeListView();
     void makeDetailView();
+    void fitNameColumn();
     void makeMenu();
     static QAction *addChoice(QActionGroup *group, const QString &text, int value);
     void addKeys();

@@ -22,9 +22,11 @@
 #include <QListView>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QToolButton>
 #include <QTreeView>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 
@@ -75,9 +77,9 @@ void filePicker::showFolder(const QString &folder)
         nameTyped = false;
     }
     places->showPlace(folder);
-    backTool->setEnabled(historyAt > 0);
-    forwardTool->setEnabled(historyAt + 1 < history.size());
-    upTool->setEnabled(folder != QLatin1String("/"));
+    backTool->defaultAction()->setEnabled(historyAt > 0);
+    forwardTool->defaultAction()->setEnabled(historyAt + 1 < history.size());
+    upTool->defaultAction()->setEnabled(folder != QLatin1String("/"));
     tellState();
     updatePreview();
 }
@@ -169,8 +171,10 @@ void filePicker::setViewStyle(uint32_t style)
     listView->setMovement(QListView::Static);
     listView->setResizeMode(QListView::Adjust);
     listView->setWordWrap(pictures);
-    listView->setIconSize(pictures ? QSize(kPictureSide, kPictureSide) : detailView->iconSize());
-    listView->setGridSize(pictures ? QSize(kPictureSide + 4 * letter, kPictureSide + 3 * line)
+    const QSize cell(std::max(kPictureSide, 17 * letter), kPictureSide);
+    const int icon = this->style()->pixelMetric(QStyle::PM_SmallIconSize);
+    listView->setIconSize(pictures ? cell : QSize(icon, icon));
+    listView->setGridSize(pictures ? QSize(cell.width() + 2 * letter, cell.height() + 3 * line)
                                    : QSize(28 * letter, line + line / 2));
     const qreal ratio = devicePixelRatioF();
     model->setPictureSide(pictures ? int(std::lround(kPictureSide * ratio)) : 0, ratio);
@@ -254,10 +258,9 @@ void filePicker::tellState()
     const int count = model->rowCount();
     while (folders < count && model->entry(folders).isFolder)
         ++folders;
-    QString text =
-        tr("%n folder(s), ", nullptr, folders) + tr("%n file(s)", nullptr, count - folders);
-    if (mode == PickFor::Folder)
-        text = tr("%n folder(s)", nullptr, folders);
+    QString text = folders == 1 ? tr("1 folder") : tr("%1 folders").arg(folders);
+    if (mode != PickFor::Folder)
+        text += count - folders == 1 ? tr(", 1 file") : tr(", %1 files").arg(count - folders);
     if (model->state() == FolderModel::State::Reading)
         text = tr("Reading the folder…");
     else if (model->state() == FolderModel::State::Missing)
@@ -341,7 +344,9 @@ void filePicker::updatePreview()
 
 bool filePicker::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() != QEvent::KeyPress)
+    if (event->type() == QEvent::Resize && watched == detailView->viewport())
+        fitNameColumn();
+    if (event->type() != QEvent::KeyPress || watched != view())
         return QDialog::eventFilter(watched, event);
     const auto *key = static_cast<const QKeyEvent *>(event);
     if (key->key() == Qt::Key_Backspace && key->modifiers() == Qt::NoModifier) {

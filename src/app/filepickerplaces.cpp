@@ -9,9 +9,11 @@
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QFutureWatcher>
+#include <QPainter>
 #include <QSet>
 #include <QStandardPaths>
 #include <QStorageInfo>
+#include <QStyle>
 #include <QtConcurrentRun>
 
 namespace
@@ -39,6 +41,9 @@ QVector<Volume> mountedVolumes()
     return found;
 }
 
+constexpr qreal kHouse[][2] = {{1, 8},   {8, 1.5}, {15, 8},   {13, 8},   {13, 14.5}, {10, 14.5},
+                               {10, 10}, {6, 10},  {6, 14.5}, {3, 14.5}, {3, 8}};
+
 QString captionOf(const QString &folder)
 {
     const QString name = QFileInfo(folder).fileName();
@@ -46,10 +51,33 @@ QString captionOf(const QString &folder)
 }
 } // namespace
 
+QIcon homeIcon(const QWidget &near)
+{
+    QPolygonF house;
+    for (const auto &corner : kHouse)
+        house << QPointF(corner[0], corner[1]);
+    QIcon icon;
+    for (const int side : {16, 24, 32, 48, 64}) {
+        QPixmap drawn(side, side);
+        drawn.fill(Qt::transparent);
+        QPainter painter(&drawn);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.scale(side / 16.0, side / 16.0);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(near.palette().color(QPalette::WindowText));
+        painter.drawPolygon(house);
+        painter.end();
+        icon.addPixmap(drawn);
+    }
+    return QIcon::fromTheme(QStringLiteral("go-home"), icon);
+}
+
 PlacesList::PlacesList(QWidget *parent) : QListWidget(parent)
 {
     setAccessibleName(tr("Places"));
     setTextElideMode(Qt::ElideMiddle);
+    const int icon = style()->pixelMetric(QStyle::PM_SmallIconSize);
+    setIconSize(QSize(icon, icon));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     addOwnFolders();
     addAssigns();
@@ -99,7 +127,7 @@ void PlacesList::addOwnFolders()
     const auto standard = [](QStandardPaths::StandardLocation place) {
         return QStandardPaths::writableLocation(place);
     };
-    add(tr("Home"), QDir::homePath(), style()->standardIcon(QStyle::SP_DirHomeIcon));
+    add(tr("Home"), QDir::homePath(), homeIcon(*this));
     add(tr("Desktop"), standard(QStandardPaths::DesktopLocation),
         style()->standardIcon(QStyle::SP_DesktopIcon));
     add(tr("Documents"), standard(QStandardPaths::DocumentsLocation), folder);

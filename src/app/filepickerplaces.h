@@ -27,3 +27,6 @@ private:
     void addRecent();
     void addVolumesLater();
 };
+
+/// A house in the colour of the texts of a widget.
+QIcon homeIcon(const QWidget &near);

@@ -122,6 +122,17 @@ int depthOf(QImage::Format format)
     }
 }
 
+/// Of the forms that have one depth; 0 for others.
+int depthOf(const QString &name)
+{
+    const auto endsIn = [&name](const char *extension) {
+        return name.endsWith(QLatin1String(extension), Qt::CaseInsensitive);
+    };
+    if (endsIn(".pix"))
+        return 4;
+    return endsIn(".ato") || endsIn(".elx") ? 16 : 0;
+}
+
 bool isDecodedHere(const QString &name)
 {
     return name.endsWith(QLatin1String(".jpg"), Qt::CaseInsensitive) ||
@@ -359,8 +370,9 @@ void FilePreviews::stopCurrent()
 void FilePreviews::takeThumbnail(bool made, const QByteArray &complaint)
 {
     process = nullptr;
-    const FilePreview preview =
+    FilePreview preview =
         made ? readThumbnail(output, current->side) : noPreview(reasonOf(complaint));
+    preview.depth = made ? depthOf(current->path) : 0;
     QFile::remove(output);
     keep(preview);
 }

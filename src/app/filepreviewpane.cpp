@@ -15,6 +15,7 @@ namespace
 {
 constexpr int kSide = 220; ///< points of the square for the picture
 constexpr int kCheckerCell = 8;
+constexpr int kGap = 8;
 constexpr QRgb kCheckerDark = 0xFF767676, kCheckerLight = 0xFF8A8A8A;
 
 void paintChecker(QPainter *painter, const QRect &place)
@@ -64,7 +65,8 @@ int FilePreviewPane::side() const
 
 QRect FilePreviewPane::pictureRect() const
 {
-    return {0, 0, width(), std::max(0, nameLabel->y() - 8)};
+    const QRect inside = contentsRect();
+    return {inside.x(), 0, inside.width(), std::max(0, nameLabel->y() - kGap)};
 }
 
 void FilePreviewPane::showFile(const FolderEntry &file)
@@ -87,7 +89,8 @@ void FilePreviewPane::showPreview(const FilePreview &preview)
     note = preview.note;
     QString facts = kindText;
     if (preview.depth > 0)
-        facts += tr(", %n bit(s) a channel", nullptr, preview.depth);
+        facts += preview.depth == 1 ? tr(", black and white")
+                                    : tr(", %1 bits a channel").arg(preview.depth);
     if (!preview.pixels.isEmpty())
         facts += QLatin1Char('\n') +
                  tr("%1 × %2 pixels").arg(preview.pixels.width()).arg(preview.pixels.height());
@@ -109,7 +112,8 @@ void FilePreviewPane::showText(const QString &text)
 
 void FilePreviewPane::elideName()
 {
-    nameLabel->setText(nameLabel->fontMetrics().elidedText(name, Qt::ElideMiddle, width()));
+    nameLabel->setText(
+        nameLabel->fontMetrics().elidedText(name, Qt::ElideMiddle, contentsRect().width()));
     nameLabel->setToolTip(name);
 }
 
@@ -131,8 +135,8 @@ void FilePreviewPane::paintEvent(QPaintEvent *)
     const QSize own = shown.size() / devicePixelRatioF(); // never larger than its pixels
     QSize size = own.scaled(place.size(), Qt::KeepAspectRatio).boundedTo(own);
     size = size.expandedTo({1, 1});
-    const QRect at(QPoint((width() - size.width()) / 2, (place.height() - size.height()) / 2),
-                   size);
+    QRect at({}, size);
+    at.moveCenter(place.center());
     if (shown.hasAlphaChannel())
         paintChecker(&painter, at);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
