@@ -2,7 +2,6 @@
 #pragma once
 
 #include "app/layerlist.h"
-#include "formats/gif.h"
 #include "layers/effects.h"
 #include "text/textimage.h"
 
@@ -175,5 +174,4 @@ private:
     GlowSettings glow;
     ReliefSettings emboss, punch;
     TextStyle textStyle;
-    GifAnimation animation;
 };

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/animationexport.h"
 #include "app/busyguard.h"
-#include "app/layeranimation.h"
 #include "app/layers.h"
 #include "app/mainwindow.h"
 #include "app/parameterdialog.h"
 #include "core/image.h"
 #include "core/layermodes.h"
-#include "formats/writers.h"
 #include "layers/splits.h"
 #include "layers/stack.h"
 #include "layers/warp.h"
@@ -321,29 +318,6 @@ void Layers::on_gentext_clicked()
 void Layers::on_gifAnim_clicked()
 {
     log("on_gifAnim_clicked");
-    image *of = master();
-    if (!of)
-        return;
-    const BusyGuard guard(main->busyDepth());
-    if (std::none_of(of->layers.begin(), of->layers.end(), isFrame)) {
-        main->messageBox(tr("Animation"), tr("No layer with a picture is visible."));
-        return;
-    }
-    AnimationExport dialog(of, &animation, this);
-    const bool goesOn = dialog.exec() == QDialog::Accepted;
-    main->refreshViews(of); // which the making of the frames has composed otherwise
-    if (!goesOn || of != master())
-        return;
-    const QString path = main->askAnimationFile(of->name);
-    if (path.isEmpty() || of != master())
-        return;
-    QString error;
-    const bool written = writeLayerAnimation(of, animation, path, &error);
-    main->refreshViews(of);
-    if (written)
-        main->statusText(tr("Save Complete"));
-    else if (error == QLatin1String(kSaveCancelled))
-        main->statusText(tr("Save Cancelled"));
-    else if (!error.isEmpty())
-        main->messageBox(tr("Animation"), error.toHtmlEscaped());
+    if (image *of = master())
+        main->exportAnimation(of, this);
 }

@@ -48,6 +48,8 @@ int main(int argc, char **argv)
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
 
     MyApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(QStringLiteral("kestrane"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KESTRANE_VERSION));
     QStringList files;
     QString unknown;
     if (!MyApplication::filesOfArguments(QCoreApplication::arguments(), &files, &unknown)) {

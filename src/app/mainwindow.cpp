@@ -2,15 +2,20 @@
 #include "app/mainwindow.h"
 
 #include "app/appsettings.h"
+#include "app/assigns.h"
 #include "app/downloadmanager.h"
 #include "app/layers.h"
+#include "app/recovery.h"
 #include "core/memory.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
 #include "operators/dialog/operators.h"
 #include "operators/table/allops.h"
 #include "ui_mainwindow.h"
+#include "views/clipboardacts.h"
 #include "views/imgwindow.h"
+#include "views/keyfile.h"
+#include "views/keytable.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -19,6 +24,7 @@
 #include <QScreen>
 #include <QSettings>
 #include <QSysInfo>
+#include <QVersionNumber>
 
 #include <algorithm>
 
@@ -68,14 +74,17 @@ MainWindow::MainWindow()
 
     store = std::make_unique<QSettings>(QStringLiteral("Zolvine"), QStringLiteral("Kestrane"));
     table->store = store.get();
+    unknownText = tr("Unknown");
+    unsetText = tr("Unset");
+    noneText = tr("None");
+    productName = QStringLiteral("Kestrane");
     nameFileBags();
-    imageFileBag.load(*store);
-    saveFileBag.load(*store);
-    animFileBag.load(*store);
+    for (FileBag *bag : fileBags())
+        bag->load(*store);
     loadSettings();
     buildMenus();
 
-    setWindowTitle(QStringLiteral("Kestrane"));
+    setWindowTitle(productName);
     QCoreApplication::setOrganizationName(QStringLiteral("Zolvine"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("zolvine.invalid"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrane"));
@@ -96,11 +105,19 @@ MainWindow::MainWindow()
     connect(&timerTwo, &QTimer::timeout, this, &MainWindow::OnTimerTwo);
     timerTwo.start(kTimerTwoMs);
 
+    recovery = new Recovery(this, this);
+    recovery->setBusyDepth(&busy);
+    recovery->setMinutes(recoveryMinutes);
+
     assignBrush(nullptr);
     runStartupSequence(QCoreApplication::applicationDirPath() +
                        QStringLiteral("/~ke-startup-sequence.txt"));
     markRunInProgress();
     startVersionCheck();
+
+    loadKeys();
+    customIcons = storedTexts(*store, QStringLiteral("customIcons"));
+    applyToolIcons();
 
     ucalloc(&colorSpace, kColorSpaceBytes, 1, "colorSpace");
     ucalloc(&colorSpaceBackup, kColorSpaceBytes, 1, "colorSpaceBackup");
@@ -118,6 +135,8 @@ MainWindow::~MainWindow()
     for (imgWindow *window : open)
         delete window;
     delete layersDialog;
+    delete recovery;
+    recovery = nullptr;
     delete operators;
     operators = nullptr;
     while (!images.isEmpty()) {
@@ -141,11 +160,15 @@ void MainWindow::allocateTables()
 void MainWindow::loadSettings()
 {
     loadWorkspaceSettings(*store, *this);
+    recentFiles.load(*store);
+    recentFiles.setLimit(recentLimit);
+    recentFolders().load(*store);
+    assigns().load(*store);
     // A store without the value belongs to a first start, which follows no bad end.
     appWasOkay = store->value(QStringLiteral("appWasOkay"), true).toBool();
     successOnAsk = store->value(QStringLiteral("successOnAsk"), false).toBool();
-    serialNumber = store->value(QStringLiteral("serialNumber")).toString();
-    versionHost = store->value(QStringLiteral("versionHost")).toString();
+    serialNumber = storedText(*store, QStringLiteral("serialNumber"));
+    versionHost = storedText(*store, QStringLiteral("versionHost"));
     table->settings(false);
 }
 
@@ -155,9 +178,15 @@ void MainWindow::saveSettings()
     store->setValue(QStringLiteral("appWasOkay"), appWasOkay);
     store->setValue(QStringLiteral("successOnAsk"), successOnAsk);
     store->setValue(QStringLiteral("windowPosition"), geometry().topLeft());
-    imageFileBag.save(*store);
-    saveFileBag.save(*store);
-    animFileBag.save(*store);
+    store->setValue(QStringLiteral("serialNumber"), serialNumber);
+    store->setValue(QStringLiteral("versionHost"), versionHost);
+    store->setValue(QStringLiteral("customIcons"), customIcons);
+    store->setValue(QStringLiteral("keyBindings"), QString::fromUtf8(keysToText(keyTable())));
+    for (const FileBag *bag : fileBags())
+        bag->save(*store);
+    recentFiles.save(*store);
+    recentFolders().save(*store);
+    assigns().save(*store);
     table->settings(true);
     operators->settings(true);
     store->sync();
@@ -192,6 +221,11 @@ void MainWindow::startVersionCheck()
     downloadManager->host = versionHost;
     downloadManager->pathAndQuery = DownloadManager::query(
         KESTRANE_VERSION_MAJOR, KESTRANE_VERSION_MINOR, serialNumber, kKeyTableVersion);
+    connect(downloadManager, &DownloadManager::answered, this, [this]() {
+        const QVersionNumber newest = QVersionNumber::fromString(downloadManager->versionText);
+        if (newest > QVersionNumber(KESTRANE_VERSION_MAJOR, KESTRANE_VERSION_MINOR))
+            statusText(tr("Kestrane %1 is available").arg(downloadManager->versionText));
+    });
     QTimer::singleShot(0, downloadManager, SLOT(execute()));
 }
 
@@ -254,6 +288,8 @@ void MainWindow::closeEvent(QCloseEvent *event)
     appWasOkay = true;
     closeHelpers();
     saveSettings();
+    recovery->endInOrder();
+    releaseClipboard();
     operators->close();
     const QList<imgWindow *> open = windows;
     for (imgWindow *window : open)

@@ -3,7 +3,9 @@
 
 #include "app/filebag.h"
 #include "app/menustates.h"
+#include "app/recentlist.h"
 #include "core/workspace.h"
+#include "formats/gif.h"
 #include "operators/pipeline/colorblending.h"
 #include "views/viewhost.h"
 
@@ -14,13 +16,18 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class DownloadManager;
 class Layers;
+class Notations;
 class Operators;
+struct PreferencesExtras;
+class Recovery;
 class QActionGroup;
 class QProgressDialog;
 class QSettings;
+class QToolButton;
 namespace Ui
 {
 class MainWindow;
@@ -55,8 +62,12 @@ public:
     Layers *layersDialog = nullptr;
     /// Depth of work that must not be re-entered: see BusyGuard.
     int &busyDepth() { return busy; }
+    /// Where a ray tracer was told to leave its picture; empty if none was started.
+    QString traceResultFile;
     /// Brings a window of this image forward, or opens one.
     void showPart(image *img);
+    /// Asks how the layers of a master become an animation, and writes it.
+    void exportAnimation(image *master, QWidget *parent);
     /// Where an animation of this name is to be written; empty if the person gave it up.
     QString askAnimationFile(const QString &name);
     /// The name of a picture as that of a file, without extension.
@@ -93,6 +104,10 @@ public:
     void refreshOperatorSource() override;
     void operate() override;
     bool globalKey(QKeyEvent *event) override;
+    bool hostCommand(imgWindow *window, int number) override;
+    void openRecentFile(int position) override;
+    void notationsChanged(image *img, int chosen) override;
+    void editNotation(imgWindow *window, int index) override;
     void pointerOver(imgWindow *window, int x, int y) override;
     void openView(image *img) override;
     void windowClosed(imgWindow *window) override;
@@ -108,6 +123,10 @@ public slots:
     void on_actionLoad_Image_2_triggered();
     void on_actionLoad_Next_Image_triggered();
     void on_actionSave_Image_triggered();
+    void on_actionSave_Image_Atomic_triggered();
+    void on_actionPaste_as_New_Image_triggered();
+    void on_actionExport_Animation_triggered();
+    void on_actionRetrieve_Ray_Trace_triggered();
     void on_actionClose_All_triggered();
     void on_actionQuit_triggered();
     void on_actionUndo_triggered();
@@ -122,6 +141,12 @@ public slots:
     void on_actionPrevious_Image_triggered();
     void on_actionApply_Again_triggered();
     void on_actionShow_Operators_triggered();
+    void on_actionRestore_from_Origin_triggered();
+    void on_actionInformation_triggered();
+    void on_actionNotations_triggered();
+    void on_actionPreferences_triggered();
+    void on_actionKeys_triggered();
+    void on_actionAssigned_Paths_triggered();
     void on_actionSet_Undo_Levels_triggered();
     void on_actionClear_Undos_and_Redos_triggered();
     void on_actionMemory_Report_2_triggered();
@@ -164,6 +189,7 @@ private:
     // mainwindow.cpp: life from construction to quit
     void allocateTables();
     void nameFileBags();
+    std::vector<FileBag *> fileBags();
     void loadSettings();
     void saveSettings();
     void createOperators();
@@ -178,6 +204,14 @@ private:
     void connectCommands();
     void buildOperatorMenu();
     void showKeysInMenus();
+    void collectToggles();
+    void fillRecentMenu();
+
+    // mainwindow_tools.cpp: the tool buttons
+    void collectTools();
+    void showToolMenu(int tool, QPoint where);
+    void applyToolIcons();
+
     void sendKey(int key, Qt::KeyboardModifiers modifiers);
     void sendCommand(int number);
     void setBlendMode(int mode);
@@ -194,12 +228,23 @@ private:
     void openPending();
     void dropTransients();
     void tellRefusedDrop();
+    void lookForTrace();
+    void offerRecovery();
     void repaintAndDiscard();
     void discardPending();
 
     // mainwindow_files.cpp
     QString nextFileOfFolder(const QString &path) const;
     bool saveTo(FileRecord record, image *img, bool flat);
+    void saveByDialog(imgWindow *window, bool flat, const QString &onlyFilter);
+    void noteRecent(const FileRecord &record);
+
+    // mainwindow_settings.cpp: preferences, keys and what follows from a change of them
+    void loadKeys();
+    void applySettings(const QStringList &keys);
+    void exportSettingsTo(const QString &path);
+    bool importSettingsFrom(const QString &path);
+    PreferencesExtras preferencesExtras() const;
 
     // mainwindow_layers.cpp
     image *operated(image *img);
@@ -243,8 +288,23 @@ private:
     void *colorSpace = nullptr;
     void *colorSpaceBackup = nullptr;
 
-    FileBag imageFileBag, saveFileBag, animFileBag;
+    FileBag scriptPresetsFileBag, imageFileBag, kbdConfigFileBag, animFileBag, scriptFileBag,
+        saveFileBag, paletteFileBag, scriptColorsFileBag, convolutionsFileBag, jsonFileBag,
+        gerberFileBag, padsFileBag, jsonPalFileBag, jsonPShapeFileBag, curvesFileBag, rangeFileBag,
+        customIconsFileBag, settingsFileBag;
+    RecentList recentFiles{QStringLiteral("recentFiles")};
+    GifAnimation animation; ///< as it was last exported in this run
+    Recovery *recovery = nullptr;
+    QPointer<Notations> notationsDialog;
+    bool recoveryOffered = false;
+    QString unknownText, unsetText, noneText, productName; ///< said where nothing is known
     MenuStates menuStates;
+    QList<QPair<QAction *, const bool *>> toggles;
+    QList<QToolButton *> toolButtons;
+    QList<QIcon> toolIcons;  ///< as the form has them, in the order of the buttons
+    QStringList customIcons; ///< files of the person's own icons, empty: the form's
+    bool clipboardFull = false;
+    bool traceReady = false;
     QStringList openQueue;
     QString refusedUrl;
     QString status;

@@ -3,12 +3,15 @@
 
 #include "app/busyguard.h"
 #include "app/downloadmanager.h"
+#include "app/imageinformation.h"
 #include "app/memreport.h"
+#include "app/notations.h"
 #include "app/undolevels.h"
 #include "core/undo.h"
 #include "operators/base/operatortable.h"
 #include "operators/dialog/operators.h"
 #include "ui_mainwindow.h"
+#include "views/clipboardacts.h"
 #include "views/imgwindow.h"
 
 #include <QApplication>
@@ -201,6 +204,52 @@ void MainWindow::on_actionShow_Operators_triggered()
     operators->show();
     operators->raise();
     operators->activateWindow();
+}
+
+void MainWindow::on_actionPaste_as_New_Image_triggered()
+{
+    pasteAsNew();
+}
+
+void MainWindow::on_actionInformation_triggered()
+{
+    const imgWindow *window = validCurrent();
+    if (!window || busy > 0)
+        return;
+    ImageInformation dialog(window->img, this);
+    dialog.exec();
+    updateMenus();
+}
+
+void MainWindow::on_actionNotations_triggered()
+{
+    if (!notationsDialog) {
+        notationsDialog = new Notations(this);
+        notationsDialog->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    notationsDialog->follow(validCurrent());
+    notationsDialog->show();
+    notationsDialog->raise();
+    notationsDialog->activateWindow();
+}
+
+void MainWindow::notationsChanged(image *img, int chosen)
+{
+    if (notationsDialog)
+        notationsDialog->notationsChanged(img, chosen);
+    updateEnabledStates();
+}
+
+void MainWindow::editNotation(imgWindow *window, int index)
+{
+    if (notationsDialog)
+        notationsDialog->editNotation(window, index);
+}
+
+void MainWindow::on_actionRetrieve_Ray_Trace_triggered()
+{
+    if (traceReady)
+        openLater({traceResultFile});
 }
 
 void MainWindow::on_actionSet_Undo_Levels_triggered()

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/mainwindow.h"
 
+#include "app/assigns.h"
 #include "app/busyguard.h"
+#include "app/filepicker.h"
 #include "app/newimage.h"
+#include "app/recovery.h"
 #include "app/setquality.h"
 #include "core/compose.h"
 #include "formats/load.h"
@@ -12,7 +15,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QFileDialog>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTextStream>
 #include <QUrl>
@@ -28,7 +31,8 @@ QStringList readablePatterns()
 {
     QStringList patterns;
     for (const QStringList &list : {qtExtensions(), rawExtensions(), kOwnExtensions,
-                                    QStringList{QStringLiteral(".rgba"), QStringLiteral(".pix")}})
+                                    QStringList{QStringLiteral(".mcai"), QStringLiteral(".rgba"),
+                                                QStringLiteral(".iff"), QStringLiteral(".pix")}})
         for (const QString &extension : list)
             patterns << QLatin1Char('*') + extension;
     return patterns;
@@ -56,11 +60,14 @@ QStringList extensionsOf(const QString &filter)
 /// The form that holds a master with its layers, the only one for a layered picture.
 const char *const kLayeredForm = QT_TRANSLATE_NOOP("MainWindow", "Layered picture (*.elx)");
 
+const char *const kAtomicForm =
+    QT_TRANSLATE_NOOP("MainWindow", "Picture with every field, 16 bits (*.ato)");
+
 /// Forms of a single picture; their order is that of the filters of the save dialog.
 const char *const kWrittenForms[] = {
     QT_TRANSLATE_NOOP("MainWindow", "PNG picture (*.png)"),
-    QT_TRANSLATE_NOOP("MainWindow", "JPEG picture (*.jpg *.jpeg)"),
-    QT_TRANSLATE_NOOP("MainWindow", "Picture with every field, 16 bits (*.ato)"),
+    QT_TRANSLATE_NOOP("MainWindow", "JPEG picture (*.jpg *.jpeg)"), kAtomicForm,
+    QT_TRANSLATE_NOOP("MainWindow", "Small picture with every field, 16 bits (*.mcai)"),
     QT_TRANSLATE_NOOP("MainWindow", "Raw samples, 16 or 8 bits (*.rgba)")};
 
 QStringList translated(const char *const *begin, const char *const *end)
@@ -85,7 +92,6 @@ bool isWritable(const QString &path, bool layered)
 
 void MainWindow::nameFileBags()
 {
-    imageFileBag.key = QStringLiteral("imageFileBag");
     imageFileBag.filters =
         QStringList{tr("Pictures (%1)").arg(readablePatterns().join(QLatin1Char(' '))),
                     tr("Common pictures (%1)").arg(patternsOf(qtExtensions())),
@@ -93,33 +99,93 @@ void MainWindow::nameFileBags()
                         .arg(patternsOf(kOwnExtensions)),
                     tr("Camera RAW (%1)").arg(patternsOf(rawExtensions())),
                     tr("Raw samples (*.rgba)"),
+                    tr("Bit plane pictures (*.iff)"),
                     tr("Small grey pictures (*.pix)"),
                     tr("All files (*)")}
             .join(QStringLiteral(";;"));
-    saveFileBag.key = QStringLiteral("saveFileBag");
     saveFileBag.filters =
         translated(std::begin(kWrittenForms), std::end(kWrittenForms)).join(QStringLiteral(";;"));
-    animFileBag.key = QStringLiteral("animFileBag");
-    animFileBag.filters = tr("GIF animation (*.gif)");
+    const struct {
+        FileBag &bag;
+        const char *key;
+        QString filters; ///< empty: given above
+    } names[] = {
+        {scriptPresetsFileBag, "scriptPresetsFileBag", tr("Script presets (*.json)")},
+        {imageFileBag, "imageFileBag", {}},
+        {kbdConfigFileBag, "kbdConfigFileBag", tr("Key tables (*.kbc)")},
+        {animFileBag, "animFileBag", tr("GIF animation (*.gif)")},
+        {scriptFileBag, "scriptFileBag", tr("Scripts (*.txt)")},
+        {saveFileBag, "saveFileBag", {}},
+        {paletteFileBag, "paletteFileBag", tr("Palettes (*.pal)")},
+        {scriptColorsFileBag, "scriptColorsFileBag", tr("Script colours (*.sco)")},
+        {convolutionsFileBag, "convolutionsFileBag", tr("Convolutions (*.cnv)")},
+        {jsonFileBag, "jsonFileBag", tr("JSON files (*.json)")},
+        {gerberFileBag, "gerberFileBag", tr("Gerber files (*.gbr)")},
+        {padsFileBag, "padsFileBag", tr("Pads (*.pads)")},
+        {jsonPalFileBag, "jsonPalFileBag", tr("Palettes (*.json)")},
+        {jsonPShapeFileBag, "jsonPShapeFileBag", tr("Shapes (*.json)")},
+        {curvesFileBag, "curvesFileBag", tr("Curves (*.json)")},
+        {rangeFileBag, "rangeFileBag", tr("Ranges (*.rng)")},
+        {customIconsFileBag, "customIconsFileBag", tr("Icons (*.png)")},
+        {settingsFileBag, "settingsFileBag", tr("Settings (*.ini)")},
+    };
+    for (const auto &name : names) {
+        name.bag.key = QLatin1String(name.key);
+        if (!name.filters.isEmpty())
+            name.bag.filters = name.filters;
+    }
+}
+
+std::vector<FileBag *> MainWindow::fileBags()
+{
+    return {&scriptPresetsFileBag, &imageFileBag,      &kbdConfigFileBag, &animFileBag,
+            &scriptFileBag,        &saveFileBag,       &paletteFileBag,   &scriptColorsFileBag,
+            &convolutionsFileBag,  &jsonFileBag,       &gerberFileBag,    &padsFileBag,
+            &jsonPalFileBag,       &jsonPShapeFileBag, &curvesFileBag,    &rangeFileBag,
+            &customIconsFileBag,   &settingsFileBag};
 }
 
 image *MainWindow::loadFile(const QString &path)
 {
     if (path.isEmpty())
         return nullptr;
-    const FileRecord record = FileRecord::fromPath(path);
+    const FileRecord record = FileRecord::fromPath(assigns().resolve(path));
+    if (!QFileInfo::exists(record.fullPath)) {
+        recentFiles.remove(record.fullPath);
+        messageBox(tr("Load Image"), tr("%1 is not there any more.<br>It may have been moved, "
+                                        "renamed or deleted, or its disk is not connected.")
+                                         .arg(record.fullPath.toHtmlEscaped()));
+        return nullptr;
+    }
     BusyGuard guard(busy);
     const int saidBefore = messagesSaid;
     QApplication::setOverrideCursor(Qt::BusyCursor);
     image *loaded = loadImageFile(record.fullPath, record.name, &record, true);
     QApplication::restoreOverrideCursor();
-    if (loaded)
+    if (loaded) {
         imageFileBag.record.folder = record.folder;
-    else if (messagesSaid == saidBefore) // some readers fail for the debug channel alone
+        noteRecent(record);
+    } else if (messagesSaid == saidBefore) { // some readers fail for the debug channel alone
         messageBox(tr("Load Image"),
                    tr("%1 could not be read.<br>It may be damaged, or no picture at all.")
                        .arg(record.name.toHtmlEscaped()));
+    }
     return loaded;
+}
+
+void MainWindow::noteRecent(const FileRecord &record)
+{
+    recentFiles.add(record.fullPath, recentLimit);
+    recentFolders().add(record.folder, recentLimit);
+}
+
+void MainWindow::openRecentFile(int position)
+{
+    const QString path = recentFiles.entries().value(position - 1);
+    if (path.isEmpty())
+        statusText(tr("There is no recent file %1").arg(position));
+    else
+        openLater({path});
 }
 
 void MainWindow::openLater(const QStringList &paths)
@@ -143,6 +209,14 @@ void MainWindow::runStartupSequence(const QString &fileName)
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return;
     QDir folder = QFileInfo(fileName).absoluteDir();
+    QStringList missing;
+    const auto load = [&](const QString &name) -> image * {
+        const QString path = folder.absoluteFilePath(assigns().resolve(name));
+        if (QFileInfo::exists(path))
+            return loadFile(path);
+        missing << name; // told in the status line: no box before the program is up
+        return nullptr;
+    };
     QTextStream text(&file);
     text.setCodec("UTF-8");
     QString line;
@@ -151,28 +225,23 @@ void MainWindow::runStartupSequence(const QString &fileName)
         if (words.size() < 2)
             continue;
         if (words.at(0) == QLatin1String("path"))
-            folder.setPath(folder.absoluteFilePath(words.at(1)));
+            folder.setPath(folder.absoluteFilePath(assigns().resolve(words.at(1))));
         else if (words.at(0) == QLatin1String("load"))
-            loadFile(folder.absoluteFilePath(words.at(1)));
+            load(words.at(1));
         else if (words.at(0) == QLatin1String("loadbrush"))
-            if (image *brush = loadFile(folder.absoluteFilePath(words.at(1)))) {
+            if (image *brush = load(words.at(1))) {
                 assignBrush(brush);
                 updateAssignmentLabels();
             }
     }
+    if (!missing.isEmpty())
+        statusText(tr("Start-up sequence: not found: %1").arg(missing.join(QLatin1String(", "))));
 }
 
 void MainWindow::showLoadDialog()
 {
-    QFileDialog dialog(this, tr("Load Image"), imageFileBag.record.folder, imageFileBag.filters);
-    dialog.setFileMode(QFileDialog::ExistingFiles);
-    if (!imageFileBag.record.filter.isEmpty())
-        dialog.selectNameFilter(imageFileBag.record.filter);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    imageFileBag.record.folder = dialog.directory().absolutePath();
-    imageFileBag.record.filter = dialog.selectedNameFilter();
-    openLater(dialog.selectedFiles());
+    openLater(
+        filePicker::pick(this, &imageFileBag, filePicker::PickFor::OpenMany, tr("Load Image")));
 }
 
 void MainWindow::on_actionNew_Image_triggered()
@@ -226,40 +295,48 @@ void MainWindow::saveImage(imgWindow *window)
 
 void MainWindow::showSaveDialog(imgWindow *window, bool flat)
 {
+    saveByDialog(window, flat, QString());
+}
+
+/// With `onlyFilter` that form alone is offered.
+void MainWindow::saveByDialog(imgWindow *window, bool flat, const QString &onlyFilter)
+{
     if (!window || !isWindow(window) || !window->validImage())
         return;
     image *shown = window->img;
     image *stack = masterOf(shown);
     image *img = stack ? stack : shown;
     const bool layered = stack && !flat;
+    FileBag bag = saveFileBag;
+    if (layered || !onlyFilter.isEmpty())
+        bag.filters = layered ? tr(kLayeredForm) : onlyFilter;
     QString folder = img->folder;
     for (const image *layer : qAsConst(img->layers)) // a new stack: where its pictures are
         folder = folder.isEmpty() ? layer->folder : folder;
-    if (folder.isEmpty())
-        folder = saveFileBag.record.folder;
-    QFileDialog dialog(window, stack && flat ? tr("Save Flattened Copy") : tr("Save Image"), folder,
-                       layered ? tr(kLayeredForm) : saveFileBag.filters);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    const auto setSuffix = [&dialog](const QString &filter) {
-        dialog.setDefaultSuffix(extensionsOf(filter).value(0).mid(1));
-    };
-    connect(&dialog, &QFileDialog::filterSelected, &dialog, setSuffix);
-    if (!layered && !saveFileBag.record.filter.isEmpty())
-        dialog.selectNameFilter(saveFileBag.record.filter);
-    setSuffix(dialog.selectedNameFilter());
-    dialog.selectFile(fileNameFor(img->name));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return;
+    if (!folder.isEmpty())
+        bag.record.folder = folder;
+    const QString title = stack && flat ? tr("Save Flattened Copy") : tr("Save Image");
+    const QString path =
+        filePicker::pick(window, &bag, filePicker::PickFor::Save, title, fileNameFor(img->name))
+            .value(0);
     // The dialog ran an event loop: the window may be gone, or show nothing any more.
-    if (!isWindow(window) || !window->validImage() || window->img != shown ||
+    if (path.isEmpty() || !isWindow(window) || !window->validImage() || window->img != shown ||
         masterOf(shown) != stack)
         return;
-    FileRecord record = FileRecord::fromPath(dialog.selectedFiles().constFirst());
-    record.filter = dialog.selectedNameFilter();
-    saveFileBag.record.folder = record.folder;
-    if (!layered)
-        saveFileBag.record.filter = record.filter;
+    FileRecord record = FileRecord::fromPath(path);
+    record.filter = bag.record.filter;
+    const QString filterBefore = saveFileBag.record.filter, filters = saveFileBag.filters;
+    saveFileBag = bag;
+    saveFileBag.filters = filters;
+    if (layered || !onlyFilter.isEmpty())
+        saveFileBag.record.filter = filterBefore;
     saveTo(record, img, flat);
+}
+
+void MainWindow::on_actionSave_Image_Atomic_triggered()
+{
+    if (imgWindow *window = validCurrent())
+        saveByDialog(window, true, tr(kAtomicForm));
 }
 
 QString MainWindow::fileNameFor(const QString &name)
@@ -278,6 +355,9 @@ bool MainWindow::saveTo(FileRecord record, image *img, bool flat)
         compose(img, true);
     if (!saveImageFile(record, img, flat))
         return false;
+    noteRecent(record);
+    if (recovery && !img->hasUnsavedChanges())
+        recovery->pictureSaved(img);
     refreshViews(img); // the picture is called by its file from now on
     return true;
 }

@@ -3,6 +3,7 @@
 
 #include "app/layers.h"
 #include "app/newimage.h"
+#include "app/notations.h"
 #include "app/setquality.h"
 #include "operators/base/operatortable.h"
 #include "operators/dialog/operators.h"
@@ -251,6 +252,8 @@ void MainWindow::closeWindowsOf(image *img)
 void MainWindow::windowClosed(imgWindow *window)
 {
     windows.removeAll(window);
+    if (notationsDialog)
+        notationsDialog->follow(validCurrent());
     if (currentWindow == window) {
         currentWindow = nullptr;
         makeCurrent(windows.isEmpty() ? nullptr : windows.constLast());
@@ -271,13 +274,17 @@ void MainWindow::makeCurrent(imgWindow *window)
     areaStale = true;
     if (layersDialog && window && window->validImage())
         layersDialog->follow(window->img);
+    if (notationsDialog)
+        notationsDialog->follow(window);
     updateTitle();
     updateMenus();
     refreshOperatorSource();
 }
 
-void MainWindow::undoStateChanged(image *)
+void MainWindow::undoStateChanged(image *img)
 {
+    if (notationsDialog) // undo and redo bring notes back
+        notationsDialog->notationsChanged(img, -1);
     updateEnabledStates();
 }
 

@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/mainwindow.h"
 
+#include "app/animationexport.h"
 #include "app/busyguard.h"
+#include "app/filepicker.h"
+#include "app/layeranimation.h"
 #include "app/layers.h"
+#include "app/notations.h"
 #include "core/compose.h"
+#include "formats/writers.h"
 #include "views/imgwindow.h"
 
-#include <QFileDialog>
+#include <QApplication>
+
+#include <algorithm>
 
 /// What the main window does for layered pictures and their dialog.
 
@@ -69,6 +76,8 @@ void MainWindow::layersChanged(image *master)
 
 void MainWindow::closeHelpers()
 {
+    if (notationsDialog)
+        notationsDialog->close();
     if (layersDialog)
         layersDialog->close();
 }
@@ -114,15 +123,42 @@ void MainWindow::leaveMaster(const image *master)
         layersDialog->close();
 }
 
+void MainWindow::exportAnimation(image *master, QWidget *parent)
+{
+    const BusyGuard guard(busy);
+    if (std::none_of(master->layers.begin(), master->layers.end(), isFrame)) {
+        messageBox(tr("Animation"), tr("No layer with a picture is visible."));
+        return;
+    }
+    AnimationExport dialog(master, &animation, parent);
+    const bool goesOn = dialog.exec() == QDialog::Accepted;
+    refreshViews(master); // which the making of the frames has composed otherwise
+    const QString path = goesOn ? askAnimationFile(master->name) : QString();
+    if (path.isEmpty())
+        return;
+    QString error;
+    const bool written = writeLayerAnimation(master, animation, path, &error);
+    refreshViews(master);
+    if (written)
+        statusText(tr("Save Complete"));
+    else if (error == QLatin1String(kSaveCancelled))
+        statusText(tr("save cancelled"));
+    else if (!error.isEmpty())
+        messageBox(tr("Animation"), error.toHtmlEscaped());
+}
+
+void MainWindow::on_actionExport_Animation_triggered()
+{
+    const imgWindow *window = validCurrent();
+    image *stack = window && busy == 0 ? masterOf(window->img) : nullptr;
+    if (stack)
+        exportAnimation(stack, this);
+}
+
 QString MainWindow::askAnimationFile(const QString &name)
 {
-    QFileDialog dialog(layersDialog, tr("Save Animation"), animFileBag.record.folder,
-                       animFileBag.filters);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(QStringLiteral("gif"));
-    dialog.selectFile(fileNameFor(name));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return QString();
-    animFileBag.record.folder = dialog.directory().absolutePath();
-    return dialog.selectedFiles().constFirst();
+    QWidget *parent = QApplication::activeModalWidget();
+    return filePicker::pick(parent ? parent : this, &animFileBag, filePicker::PickFor::Save,
+                            tr("Save Animation"), fileNameFor(name))
+        .value(0);
 }

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/mainwindow.h"
 
+#include "app/assigns.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
 #include "operators/dialog/operators.h"
 #include "ui_mainwindow.h"
+#include "views/clipboardacts.h"
 #include "views/imgwindow.h"
 #include "views/keytable.h"
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
 
 #include <array>
@@ -23,15 +26,6 @@ constexpr const char *kGroupNames[] = {
     QT_TRANSLATE_NOOP("MainWindow", "Geometry"),   QT_TRANSLATE_NOOP("MainWindow", "Meta"),
     QT_TRANSLATE_NOOP("MainWindow", "PCB"),        QT_TRANSLATE_NOOP("MainWindow", "Render")};
 
-using RatioSlot = void (imgWindow::*)();
-/// In the order of the property "ratio" of the form's actions, counted from 1.
-constexpr std::array<RatioSlot, 13> kRatioSlots = {
-    &imgWindow::ona10to1triggered, &imgWindow::ona9to1triggered, &imgWindow::ona8to1triggered,
-    &imgWindow::ona7to1triggered,  &imgWindow::ona6to1triggered, &imgWindow::ona5to1triggered,
-    &imgWindow::ona4to1triggered,  &imgWindow::ona3to1triggered, &imgWindow::ona2to1triggered,
-    &imgWindow::ona1to1triggered,  &imgWindow::ona1to2triggered, &imgWindow::ona1to3triggered,
-    &imgWindow::ona1to4triggered};
-
 void setCheckedIfOther(QAction *action, bool on)
 {
     if (action->isChecked() != on)
@@ -41,6 +35,7 @@ void setCheckedIfOther(QAction *action, bool on)
 
 void MainWindow::buildMenus()
 {
+    ui->actionRetrieve_Ray_Trace->setVisible(false);
     ui->menuOpen_Images->menuAction()->setProperty("needs", "windows");
     ui->menuShow_At->menuAction()->setProperty("needs", "image");
     connect(ui->menuOpen_Images, &QMenu::aboutToShow, this, &MainWindow::fillImageMenu);
@@ -51,10 +46,30 @@ void MainWindow::buildMenus()
     for (QAction *action : ui->menuBlend_Mode->actions())
         blendGroup->addAction(action);
     setBlendMode(0);
+    connect(ui->menuRecent_Files, &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
     connectCommands();
     buildOperatorMenu();
     showKeysInMenus();
+    collectToggles();
+    collectTools();
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this]() {
+        clipboardFull = clipboardHasPicture();
+        updateEnabledStates();
+    });
+    clipboardFull = clipboardHasPicture();
     menuStates.collect(this);
+}
+
+/// Checkable entries follow the setting that their property names.
+void MainWindow::collectToggles()
+{
+    const auto actions = findChildren<QAction *>();
+    for (QAction *action : actions) {
+        const QByteArray key = action->property("setting").toByteArray();
+        for (const Setting &setting : settings())
+            if (!key.isEmpty() && setting.type == Setting::Type::Bool && key == setting.key)
+                toggles.append({action, static_cast<const bool *>(setting.field)});
+    }
 }
 
 void MainWindow::connectCommands()
@@ -66,12 +81,6 @@ void MainWindow::connectCommands()
         const int number = action->property("command").toInt();
         if (number > 0 && metaObject()->indexOfSlot(ownSlot.constData()) < 0)
             connect(action, &QAction::triggered, this, [this, number]() { sendCommand(number); });
-        const size_t ratio = action->property("ratio").toUInt();
-        if (ratio > 0 && ratio <= kRatioSlots.size())
-            connect(action, &QAction::triggered, this, [this, ratio]() {
-                if (imgWindow *window = validCurrent())
-                    (window->*kRatioSlots[ratio - 1])();
-            });
     }
 }
 
@@ -128,8 +137,10 @@ void MainWindow::sendKey(int key, Qt::KeyboardModifiers modifiers)
 void MainWindow::sendCommand(int number)
 {
     imgWindow *window = validCurrent();
-    if (!window)
+    if (!window) {
+        hostCommand(nullptr, number);
         return;
+    }
     const int bound = keyTable().keyOf(number);
     if (bound == 0) // a command that lost its key stays in reach of the menu
         window->command(number);
@@ -157,16 +168,8 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
         event->setAccepted(handed.isAccepted());
         return;
     }
-    switch (keyTable().command(event->key(), event->modifiers())) {
-    case kCommandLoadDialog:
-        showLoadDialog();
-        break;
-    case kCommandNewDialog:
-        showNewImageDialog();
-        break;
-    default:
+    if (!hostCommand(nullptr, keyTable().command(event->key(), event->modifiers())))
         QMainWindow::keyPressEvent(event);
-    }
 }
 
 bool MainWindow::globalKey(QKeyEvent *event)
@@ -190,11 +193,22 @@ unsigned MainWindow::satisfiedNeeds() const
         needs |= kNeedsBrush;
     if (originImage)
         needs |= kNeedsOrigin;
+    if (clipboardFull)
+        needs |= kNeedsClipboard;
+    if (traceReady)
+        needs |= kNeedsTrace;
     const imgWindow *window = validCurrent();
     if (!window || busy > 0)
         return needs;
     const image *img = window->img;
     needs |= kNeedsImage;
+    if (clipboardFull)
+        needs |= kNeedsPaste;
+    if (img->cropSource && images.contains(img->cropSource))
+        needs |= kNeedsCrop;
+    if (originImage && originImage != img && validImage(originImage) &&
+        originImage->width == img->width && originImage->height == img->height)
+        needs |= kNeedsSameOrigin;
     // Undo on a master goes to its target, or tells that there is none.
     const image *acted = img->kind == 1 ? img->target : img;
     if (!acted || !acted->undoList.isEmpty())
@@ -218,12 +232,8 @@ void MainWindow::updateEnabledStates()
 
 void MainWindow::syncToggles()
 {
-    setCheckedIfOther(ui->actionInvert_Selections, invertSelection);
-    setCheckedIfOther(ui->actionGrid, gridState);
-    setCheckedIfOther(ui->actionGrid_Color, gridColorToggle);
-    setCheckedIfOther(ui->actionChecker, checkerOn);
-    setCheckedIfOther(ui->actionRemember_Position, rememberPosition);
-    setCheckedIfOther(ui->actionAsk_on_Close, imgClose);
+    for (const auto &[action, on] : qAsConst(toggles))
+        setCheckedIfOther(action, *on);
     for (QAction *action : operatorGroup->actions())
         setCheckedIfOther(action, action->data().toInt() == table->currentOp);
 }
@@ -233,6 +243,28 @@ void MainWindow::updateMenus()
     updateEnabledStates();
     syncToggles();
     updateImageList();
+}
+
+/// The recent files by the keys of their commands; folders that hold them tell them apart.
+void MainWindow::fillRecentMenu()
+{
+    QMenu *menu = ui->menuRecent_Files;
+    menu->clear();
+    const QStringList files = recentFiles.entries();
+    for (int i = 0; i < files.size(); ++i) {
+        const FileRecord record = FileRecord::fromPath(files.at(i));
+        QString text = record.name + QStringLiteral(" — ") + assigns().shorten(record.folder);
+        text.replace(QLatin1Char('&'), QLatin1String("&&"));
+        const QString keys =
+            keyTable().sequenceOf(kCommandRecentFirst + i).toString(QKeySequence::NativeText);
+        QAction *action = menu->addAction(keys.isEmpty() ? text : text + QLatin1Char('\t') + keys);
+        action->setToolTip(files.at(i));
+        connect(action, &QAction::triggered, this, [this, i]() { openRecentFile(i + 1); });
+    }
+    menu->addSeparator();
+    QAction *clear = menu->addAction(tr("Clear This List"));
+    clear->setEnabled(!files.isEmpty());
+    connect(clear, &QAction::triggered, this, [this]() { recentFiles.clear(); });
 }
 
 void MainWindow::fillImageMenu()

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/busyguard.h"
 #include "app/mainwindow.h"
 #include "app/myapplication.h"
+#include "app/recovery.h"
+#include "app/recoverydialog.h"
 #include "ui_mainwindow.h"
 #include "views/imgwindow.h"
 
+#include <QApplication>
+#include <QFileInfo>
 #include <QStatusBar>
 
 namespace
@@ -11,6 +16,7 @@ namespace
 constexpr int kPhases = 50;
 constexpr int kTransientTicks = 40;
 constexpr int kRepaintTicks = 10;
+constexpr int kTraceTicks = 10;
 } // namespace
 
 void MainWindow::OnTimer()
@@ -19,6 +25,8 @@ void MainWindow::OnTimer()
     updateEnabledStates();
     syncToggles();
     updateImageList();
+    lookForTrace();
+    offerRecovery();
     openPending();
     dropTransients();
     tellRefusedDrop();
@@ -28,6 +36,25 @@ void MainWindow::OnTimer()
 void MainWindow::OnTimerTwo()
 {
     ++tick;
+}
+
+/// A ray tracer works beside the program: its picture may come at any time.
+void MainWindow::lookForTrace()
+{
+    if (traceResultFile.isEmpty() || phase % kTraceTicks != 0)
+        return;
+    ui->actionRetrieve_Ray_Trace->setVisible(true);
+    traceReady = QFileInfo(traceResultFile).isFile();
+}
+
+/// Once, when the program is up: what a run that ended badly left behind.
+void MainWindow::offerRecovery()
+{
+    if (recoveryOffered || busy > 0 || !isVisible() || QApplication::activeModalWidget())
+        return;
+    recoveryOffered = true;
+    const BusyGuard guard(busy);
+    RecoveryDialog::offer(recovery, this);
 }
 
 void MainWindow::openPending()

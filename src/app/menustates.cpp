@@ -8,13 +8,23 @@ namespace
 {
 unsigned needOf(const QObject *object)
 {
-    static const QHash<QString, unsigned> needs = {
-        {QStringLiteral("image"), kNeedsImage},       {QStringLiteral("undo"), kNeedsUndo},
-        {QStringLiteral("redo"), kNeedsRedo},         {QStringLiteral("revert"), kNeedsRevert},
-        {QStringLiteral("brush"), kNeedsBrush},       {QStringLiteral("origin"), kNeedsOrigin},
-        {QStringLiteral("windows"), kNeedsWindows},   {QStringLiteral("several"), kNeedsSeveral},
-        {QStringLiteral("operator"), kNeedsOperator}, {QStringLiteral("again"), kNeedsAgain},
-        {QStringLiteral("atomic"), kNeedsAtomic},     {QStringLiteral("stack"), kNeedsStack}};
+    static const QHash<QString, unsigned> needs = {{QStringLiteral("image"), kNeedsImage},
+                                                   {QStringLiteral("undo"), kNeedsUndo},
+                                                   {QStringLiteral("redo"), kNeedsRedo},
+                                                   {QStringLiteral("revert"), kNeedsRevert},
+                                                   {QStringLiteral("brush"), kNeedsBrush},
+                                                   {QStringLiteral("origin"), kNeedsOrigin},
+                                                   {QStringLiteral("windows"), kNeedsWindows},
+                                                   {QStringLiteral("several"), kNeedsSeveral},
+                                                   {QStringLiteral("operator"), kNeedsOperator},
+                                                   {QStringLiteral("again"), kNeedsAgain},
+                                                   {QStringLiteral("atomic"), kNeedsAtomic},
+                                                   {QStringLiteral("stack"), kNeedsStack},
+                                                   {QStringLiteral("clipboard"), kNeedsClipboard},
+                                                   {QStringLiteral("paste"), kNeedsPaste},
+                                                   {QStringLiteral("crop"), kNeedsCrop},
+                                                   {QStringLiteral("sameorigin"), kNeedsSameOrigin},
+                                                   {QStringLiteral("trace"), kNeedsTrace}};
     return needs.value(object->property("needs").toString(), 0U);
 }
 } // namespace
