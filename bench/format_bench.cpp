@@ -118,7 +118,11 @@ BenchCase saving(Writer write, const char *name)
         QString error;
         write(&deepPicture().img, path, &error);
     };
-    return {run, nullptr, [=] { return deepPicture().comesBack(path); }};
+    const auto check = [=] {
+        run();
+        return deepPicture().comesBack(path);
+    };
+    return {run, nullptr, check};
 }
 
 BenchCase opening(Writer write, const char *name)

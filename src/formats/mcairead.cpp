@@ -21,7 +21,7 @@
 
 namespace
 {
-constexpr int kBlocksPerThread = 2;
+constexpr int kBlocksPerThread = 8;
 /// Deflate makes nothing smaller than this.
 constexpr int64_t kMostExpansion = 1032;
 /// A block of planes of one value each is no more than its entry in the header.
