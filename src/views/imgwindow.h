@@ -309,7 +309,7 @@ private:
 
     // Paint
     void composeIfDue();
-    void render();
+    void renderCache();
     bool renderImage(const ViewGeometry &view, const ViewBackdrop &backdrop);
     bool scroll(const ViewGeometry &view, const ViewBackdrop &backdrop);
     ViewBackdrop backdropShown() const;

@@ -37,7 +37,7 @@ void imgWindow::paintEvent(QPaintEvent *event)
     const QScopedValueRollback<bool> guard(painting, true);
     composeIfDue();
     if (!paintOverlayOnly || rebuildCache || cache.isNull())
-        render();
+        renderCache();
     waitingPaint = false;
     paintOverlayOnly = false;
     QPainter painter(this);
@@ -88,7 +88,7 @@ ViewBackdrop imgWindow::backdropShown() const
     return backdrop;
 }
 
-void imgWindow::render()
+void imgWindow::renderCache()
 {
     // A plain repaint, when another window moved away, finds the cache as it was.
     const ViewGeometry view = geometryShown();
