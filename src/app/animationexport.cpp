@@ -311,7 +311,8 @@ void AnimationExport::showSummary()
         bytes += made.bytes;
     for (const int delay : qAsConst(chosen.delays))
         length += delay;
-    QString text = tr("%n frame(s) of %1 × %2, %3 s", nullptr, count())
+    QString text = tr("Frames: %1 of %2 × %3, %4 s")
+                       .arg(count())
                        .arg(master->width)
                        .arg(master->height)
                        .arg(QLocale().toString(double(length) / kHundredths, 'f', 2));

@@ -81,7 +81,7 @@ QString timeText(const QString &stamp)
         QLocale::c().toDateTime(stamp.left(15), QStringLiteral("yyyyMMdd:hhmmss"));
     if (!time.isValid() || !stamp.endsWith(QLatin1String(" UTC")))
         return stamp.isEmpty() ? ImageInformation::tr("unknown") : stamp;
-    return QLocale().toString(time, QLocale::LongFormat) + QStringLiteral(" UTC");
+    return time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) + QStringLiteral(" UTC");
 }
 
 QString placeText(const image &img)
@@ -166,8 +166,8 @@ void ImageInformation::fillCamera()
     const image &img = *shown;
     const QLocale locale;
     // 0 is what no camera wrote. All 1 is what a native file without these fields reads as.
-    const bool written = img.shutter != 1 || img.aperture != 1 || img.focalLength != 1 ||
-                         img.iso != 1;
+    const bool written =
+        img.shutter != 1 || img.aperture != 1 || img.focalLength != 1 || img.iso != 1;
     const auto known = [written](double value) { return written && value > 0; };
     if (known(img.shutter))
         addFact(ui->cameraFacts, tr("Exposure"), shutterText(img.shutter));

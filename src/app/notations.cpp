@@ -31,7 +31,7 @@ QString kindOf(const Notation &note)
     if (note.pointing)
         parts << Notations::tr("arrow");
     if (!note.points.isEmpty())
-        parts << Notations::tr("polygon, %n corner(s)", nullptr, note.points.size());
+        parts << Notations::tr("polygon of %1").arg(note.points.size());
     return parts.join(QStringLiteral(", "));
 }
 

@@ -28,5 +28,10 @@ private slots:
     void on_slider_valueChanged(int value);
 
 private:
+    /// What the number does, in words.
+    static QString pngText(int value);
+    static QString jpegText(int value);
+
     std::unique_ptr<Ui::SetQuality> ui;
+    bool png;
 };

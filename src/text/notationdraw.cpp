@@ -6,9 +6,11 @@
 #include <QFontInfo>
 #include <QFontMetricsF>
 #include <QImage>
+#include <QLineF>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStringList>
+#include <QVector>
 
 #include <algorithm>
 #include <cmath>
@@ -20,8 +22,8 @@ constexpr double kTextPoints = 11;
 constexpr double kPixelsAt96 = kTextPoints * 96 / 72;
 /// Files may hold texts of any length; more than this is no note that anybody reads.
 constexpr int kMostLines = 200, kMostLineLength = 500;
-/// A tangle of more lines than this shows nothing more than each nth of them.
-constexpr size_t kMostSegments = 20000;
+/// A tangle of lines longer than this together shows no more than each nth of them.
+constexpr double kMostLength = 400000;
 constexpr double kFine = 0.7; ///< steps of a polygon below this length are left out
 constexpr double kLine = 2.0, kRim = 1.4;
 constexpr double kHeadLength = 13.0, kHeadHalf = 5.0;
@@ -99,8 +101,9 @@ QRectF drawnArea(const NotationView &view)
     return view.visible.adjusted(-margin, -margin, margin, margin);
 }
 
-/// The seen pieces of a closed outline, as lines that follow on each other where they can.
-QPainterPath outlinePath(const QPolygon &points, const NotationView &view)
+/// The seen pieces of a closed outline. Lines apart, since a path would be filled as one
+/// area, which takes minutes where thousands of lines cross.
+void outlineLines(const QPolygon &points, const NotationView &view, QVector<QLineF> *lines)
 {
     const QRectF area = drawnArea(view);
     std::vector<QPointF> path;
@@ -110,24 +113,22 @@ QPainterPath outlinePath(const QPolygon &points, const NotationView &view)
             std::abs(at.y() - path.back().y()) >= kFine)
             path.push_back(at);
     }
-    std::vector<std::pair<QPointF, QPointF>> seen;
+    std::vector<QLineF> seen;
+    double length = 0;
     for (size_t i = 0; i < path.size(); ++i) {
         QPointF a = path[i], b = path[(i + 1) % path.size()];
-        if (clipLine(area, &a, &b))
-            seen.emplace_back(a, b);
+        if (!clipLine(area, &a, &b))
+            continue;
+        seen.emplace_back(a, b);
+        length += seen.back().length();
     }
-    const size_t step = seen.size() / kMostSegments + 1;
-    QPainterPath drawn;
-    for (size_t i = 0; i < seen.size(); i += step) {
-        if (drawn.elementCount() == 0 || drawn.currentPosition() != seen[i].first)
-            drawn.moveTo(seen[i].first);
-        drawn.lineTo(seen[i].second);
-    }
-    return drawn;
+    const size_t step = size_t(length / kMostLength) + 1;
+    for (size_t i = 0; i < seen.size(); i += step)
+        lines->append(seen[i]);
 }
 
 /// Shaft and head of the arrow; a head alone where the ends are one.
-void arrowPaths(const Notation &note, const NotationView &view, QPainterPath *shaft,
+void arrowParts(const Notation &note, const NotationView &view, QVector<QLineF> *lines,
                 QPainterPath *head)
 {
     const double unit = notationUnit();
@@ -143,10 +144,8 @@ void arrowPaths(const Notation &note, const NotationView &view, QPainterPath *sh
     const double reach = std::min(kHeadLength * unit, length);
     const QPointF base = tip - forward * reach;
     QPointF from = tail, to = base + forward * (reach / 4);
-    if (clipLine(area, &from, &to)) {
-        shaft->moveTo(from);
-        shaft->lineTo(to);
-    }
+    if (clipLine(area, &from, &to))
+        lines->append(QLineF(from, to));
     if (area.contains(tip)) {
         const double half = kHeadHalf * unit;
         head->addPolygon(QPolygonF({tip, base + side * half, base - side * half}));
@@ -155,14 +154,14 @@ void arrowPaths(const Notation &note, const NotationView &view, QPainterPath *sh
 }
 
 /// A rim below the lines first, so that crossing lines stay whole.
-void drawLines(QPainter *painter, const QPainterPath &lines, const QPainterPath &solids)
+void drawLines(QPainter *painter, const QVector<QLineF> &lines, const QPainterPath &solids)
 {
     const double unit = notationUnit();
     for (const bool rim : {true, false}) {
         const QColor color = rim ? kDark : kLight;
         const double more = rim ? 2 * kRim * unit : 0.0;
-        painter->strokePath(
-            lines, QPen(color, kLine * unit + more, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter->setPen(QPen(color, kLine * unit + more, Qt::SolidLine, Qt::RoundCap));
+        painter->drawLines(lines);
         painter->setPen(rim ? QPen(color, more, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin)
                             : QPen(Qt::NoPen));
         painter->setBrush(color);
@@ -205,9 +204,11 @@ void drawText(QPainter *painter, const Notation &note, const NotationView &view)
 
 void drawOpaque(QPainter *painter, const Notation &note, const NotationView &view)
 {
-    QPainterPath solids, lines = outlinePath(note.points, view);
+    QPainterPath solids;
+    QVector<QLineF> lines;
+    outlineLines(note.points, view, &lines);
     if (note.pointing)
-        arrowPaths(note, view, &lines, &solids);
+        arrowParts(note, view, &lines, &solids);
     if (isPin(note))
         solids.addEllipse(notationTextBox(note, view));
     if (!lines.isEmpty() || !solids.isEmpty())

@@ -262,6 +262,9 @@ bool NotationEditor::release(const QMouseEvent &event, QPointF position)
         giveUp();
         return false;
     }
+    moved = moved || pastThreshold(event.localPos());
+    if (work == Work::Drag && moved)
+        dragTo(position);
     if (work == Work::Drag)
         finishDrag();
     else if (work == Work::NewNote)
