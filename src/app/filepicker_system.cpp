@@ -61,10 +61,11 @@ QStringList pickWithSystem(QWidget *parent, FileBag *bag, PickFor mode, const QS
     QStringList paths;
     while (paths.isEmpty() && dialog->exec() == QDialog::Accepted) {
         paths = dialog->selectedFiles();
-        if (mode == PickFor::Save && !paths.isEmpty())
-            paths = QStringList(
-                checkedPath(dialog, paths.constFirst(), dialog->selectedNameFilter(), *bag));
-        paths.removeAll(QString());
+        if (mode == PickFor::Save && !paths.isEmpty()) {
+            const QString path =
+                checkedPath(dialog, paths.constFirst(), dialog->selectedNameFilter(), *bag);
+            paths = path.isEmpty() ? QStringList() : QStringList(path);
+        }
         if (!dialog)
             return {};
     }

@@ -114,7 +114,7 @@ FolderModel::Listing FolderModel::list(const QString &path)
     }
     const QFileInfoList files = folder.entryInfoList(
         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort);
-    listing.entries.reserve(files.size());
+    listing.entries.reserve(size_t(files.size()));
     for (const QFileInfo &file : files) {
         FolderEntry entry;
         entry.name = file.fileName();
@@ -124,7 +124,7 @@ FolderModel::Listing FolderModel::list(const QString &path)
         entry.bytes = entry.isFolder ? 0 : file.size();
         entry.modified = file.lastModified();
         entry.kind = entry.isFolder ? tr("Folder") : kindOfFile(entry.name);
-        listing.entries << entry;
+        listing.entries.push_back(entry);
     }
     const QCollator collator = nameOrder();
     std::sort(listing.entries.begin(), listing.entries.end(),
@@ -153,7 +153,7 @@ void FolderModel::read()
 {
     rereadTimer.stop();
     delete reading; // nobody waits for the last one any more
-    if (shown.isEmpty())
+    if (shown.empty())
         readState = State::Reading;
     auto *waiting = new QFutureWatcher<Listing>(this);
     connect(waiting, &QFutureWatcherBase::finished, this, [this, waiting]() {
@@ -204,8 +204,8 @@ void FolderModel::setPictureSide(int side, qreal ratio)
 {
     pictureSide = side;
     pictureRatio = ratio;
-    if (!shown.isEmpty())
-        emit dataChanged(index(0, 0), index(shown.size() - 1, 0), {Qt::DecorationRole});
+    if (!shown.empty())
+        emit dataChanged(index(0, 0), index(rowCount() - 1, 0), {Qt::DecorationRole});
 }
 
 bool FolderModel::isWanted(const FolderEntry &entry) const
@@ -267,20 +267,20 @@ void FolderModel::sortShown()
 
 QString FolderModel::path(int row) const
 {
-    return QDir(folderPath).filePath(shown.at(row).name);
+    return QDir(folderPath).filePath(entry(row).name);
 }
 
 int FolderModel::rowOf(const QString &name) const
 {
-    for (int row = 0; row < shown.size(); ++row)
-        if (shown.at(row).name == name)
+    for (int row = 0; row < rowCount(); ++row)
+        if (entry(row).name == name)
             return row;
     return -1;
 }
 
 std::optional<PreviewRequest> FolderModel::requestFor(int row, int side) const
 {
-    const FolderEntry &file = shown.at(row);
+    const FolderEntry &file = entry(row);
     if (!file.isRegular)
         return std::nullopt;
     return PreviewRequest{path(row), file.modified, file.bytes, side};
@@ -290,7 +290,7 @@ std::optional<PreviewRequest> FolderModel::requestFor(int row, int side) const
 
 int FolderModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : shown.size();
+    return parent.isValid() ? 0 : int(shown.size());
 }
 
 int FolderModel::columnCount(const QModelIndex &parent) const
@@ -300,7 +300,7 @@ int FolderModel::columnCount(const QModelIndex &parent) const
 
 QVariant FolderModel::decoration(int row) const
 {
-    const FolderEntry &file = shown.at(row);
+    const FolderEntry &file = entry(row);
     if (file.isFolder)
         return folderIcon;
     const bool isPicture = FilePreviews::isPictureName(file.name);
@@ -319,7 +319,7 @@ QVariant FolderModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid())
         return {};
-    const FolderEntry &file = shown.at(index.row());
+    const FolderEntry &file = entry(index.row());
     if (role == Qt::TextAlignmentRole && index.column() == SizeColumn)
         return int(Qt::AlignRight | Qt::AlignVCenter);
     if (role == Qt::DecorationRole && index.column() == NameColumn)
@@ -354,7 +354,7 @@ void FolderModel::updatePicture(const PreviewRequest &request)
 {
     if (pictureSide == 0 || request.side != pictureSide)
         return;
-    for (int row = 0; row < shown.size(); ++row)
+    for (int row = 0; row < rowCount(); ++row)
         if (request.path == path(row))
             emit dataChanged(index(row, 0), index(row, 0), {Qt::DecorationRole});
 }

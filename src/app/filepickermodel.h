@@ -11,6 +11,9 @@
 #include <QTimer>
 #include <QVector>
 
+#include <optional>
+#include <vector>
+
 /// One file or folder as it was when its folder was read.
 struct FolderEntry {
     QString name, kind;
@@ -55,8 +58,8 @@ public:
     const QString &folder() const { return folderPath; }
     State state() const { return readState; }
     /// Whether there is nothing at all, not even what is not shown.
-    bool isEmpty() const { return all.isEmpty(); }
-    const FolderEntry &entry(int row) const { return shown.at(row); }
+    bool isEmpty() const { return all.empty(); }
+    const FolderEntry &entry(int row) const { return shown[size_t(row)]; }
     QString path(int row) const;
     int rowOf(const QString &name) const; ///< -1 if it is not shown
     /// What shows a file in a square; nothing for what is no ordinary file.
@@ -72,7 +75,7 @@ signals:
 
 private:
     struct Listing {
-        QVector<FolderEntry> entries; ///< by name
+        std::vector<FolderEntry> entries; ///< by name
         State state = State::Ready;
     };
     static Listing list(const QString &path);
@@ -90,8 +93,8 @@ private:
     QObject *reading = nullptr;
     QString folderPath;
     State readState = State::Ready;
-    QVector<FolderEntry> all;   ///< by name
-    QVector<FolderEntry> shown; ///< in the order of the rows
+    std::vector<FolderEntry> all;   ///< by name
+    std::vector<FolderEntry> shown; ///< in the order of the rows
     QVector<QRegularExpression> patterns;
     bool hiddenShown = false, foldersOnly = false;
     int column = NameColumn;

@@ -6,6 +6,7 @@
 #include "app/filepickerrules.h"
 #include "app/filepreviewpane.h"
 #include "app/recentlist.h"
+#include "core/workspace.h"
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -308,6 +309,37 @@ TEST_F(Picker, SaveAsksBeforeItReplacesAndRefusesWhatCannotBe)
     EXPECT_EQ(replace.said.size(), 1);
     EXPECT_TRUE(accepted());
     EXPECT_EQ(dialog->paths(), inFolder({"sub/inner.png"}));
+}
+
+TEST_F(Picker, OneCallPicksByEitherDialogAndKeepsTheBag)
+{
+    Workspace space;
+    recentFolders().clear();
+    // The first answer would replace a file that the person then wants to keep.
+    Boxes cancel("Cancel");
+    for (const bool system : {false, true}) {
+        space.systemFileDialog = system;
+        bag.record.folder = folder.path();
+        bag.record.filter.clear();
+        QStringList answers = {QStringLiteral("a2"), QStringLiteral("sub/fresh")};
+        QTimer answerer;
+        QObject::connect(&answerer, &QTimer::timeout, &answerer, [&answers]() {
+            auto *asking = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            if (!asking || qobject_cast<QMessageBox *>(asking) || answers.isEmpty())
+                return;
+            auto *edit = asking->findChild<QLineEdit *>("nameLine");
+            edit = edit ? edit : asking->findChild<QLineEdit *>("fileNameEdit");
+            edit->setText(answers.takeFirst());
+            QMetaObject::invokeMethod(asking, "accept", Qt::QueuedConnection);
+        });
+        answerer.start(50);
+        EXPECT_EQ(filePicker::pick(nullptr, &bag, PickFor::Save, "Save", "a2"),
+                  inFolder({"sub/fresh.png"}));
+        EXPECT_EQ(bag.record.folder, folder.filePath("sub"));
+        EXPECT_EQ(bag.record.filter, "PNG picture (*.png)");
+    }
+    EXPECT_EQ(cancel.said.size(), 2);
+    EXPECT_EQ(recentFolders().entries(), inFolder({"sub"}));
 }
 
 TEST_F(Picker, FolderModeTakesTheShownOrTheSelectedFolder)
