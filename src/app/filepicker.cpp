@@ -33,7 +33,7 @@
 
 namespace
 {
-constexpr int kWidthInLetters = 160, kHeightInLines = 38;
+constexpr int kWidthInLetters = 170, kHeightInLines = 38;
 constexpr int kNameLetters = 26;   ///< that the list of details shows at least
 constexpr int kGap = 6;            ///< points between the files and the preview
 constexpr int kLongestFilter = 48; ///< letters of a filter that are shown
@@ -219,8 +219,8 @@ void filePicker::makeDetailView()
     header->setSortIndicatorShown(true);
     const int letter = fontMetrics().averageCharWidth();
     header->resizeSection(FolderModel::SizeColumn, letter * 13);
-    header->resizeSection(FolderModel::KindColumn, letter * 20);
-    header->resizeSection(FolderModel::DateColumn, letter * 20);
+    header->resizeSection(FolderModel::KindColumn, letter * 26);
+    header->resizeSection(FolderModel::DateColumn, letter * 25);
     connect(header, &QHeaderView::sortIndicatorChanged, this,
             [this](int column, Qt::SortOrder order) {
                 sortBy(column, order != FolderModel::naturalOrder(column));
