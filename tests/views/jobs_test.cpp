@@ -15,7 +15,7 @@ class Jobs : public testing::Test
 protected:
     TestHost host;
     image *img = host.keep(plainImage(80, 60, 9, 9, 9));
-    QPointer<imgWindow> window = host.show(img, {80, 60});
+    imgWindow *const window = host.show(img, {80, 60});
     std::atomic<int> runs{0};
     std::atomic<bool> go{true};
 
@@ -27,7 +27,7 @@ protected:
                 QThread::yieldCurrentThread();
             ++runs;
             for (int64_t i = 0; i < of.sampleCount(); ++i)
-                mask[i] = uint16_t(of.red[i] * 0 + 30000);
+                mask[i] = uint16_t(of.red[i] + 29991);
             return true;
         };
     }
@@ -67,14 +67,13 @@ TEST_F(Jobs, WhatEndsOrChangesTheImageWaitsForThem)
     const auto startSlow = [this]() {
         go = false;
         window->command(kCommandMaskJob);
-        QTimer::singleShot(0, window, []() {});
         std::thread([this]() {
             QThread::msleep(30);
             go = true;
         }).detach();
     };
     startSlow();
-    window->command(kCommandSelectEntire); // after the mask of the job, which is not lost twice
+    window->command(kCommandSelectEntire); // after the job's mask
     EXPECT_EQ(runs, 1);
     EXPECT_EQ(img->gmask[17], 65535);
     EXPECT_FALSE(window->wandBusy);
@@ -85,12 +84,13 @@ TEST_F(Jobs, WhatEndsOrChangesTheImageWaitsForThem)
     window->hide();
     EXPECT_EQ(runs, 2);
     window->img = img;
+    const QPointer<imgWindow> closed(window);
     startSlow();
     window->close();
     EXPECT_EQ(runs, 3);
     EXPECT_TRUE(host.images.isEmpty());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(window.isNull());
+    EXPECT_TRUE(closed.isNull());
 }
 
 TEST_F(Jobs, PreviewsTakeTheImagesPlaceWithUndo)
