@@ -17,7 +17,7 @@
 namespace
 {
 constexpr int kClasses = 32;
-constexpr int kLevel = 12;
+constexpr int kLevel = 10;
 /// Above this share of the values places would only pretend to be smaller.
 constexpr int kMostPlaces = ValueTable::kValues / 2;
 
