@@ -220,7 +220,7 @@ void MainWindow::startVersionCheck()
     downloadManager = new DownloadManager(this);
     downloadManager->host = versionHost;
     downloadManager->pathAndQuery = DownloadManager::query(
-        KESTRANE_VERSION_MAJOR, KESTRANE_VERSION_MINOR, serialNumber, kKeyTableVersion);
+        KESTRANE_VERSION_MAJOR, KESTRANE_VERSION_MINOR, serialNumber, KeyTable::kVersion);
     connect(downloadManager, &DownloadManager::answered, this, [this]() {
         const QVersionNumber newest = QVersionNumber::fromString(downloadManager->versionText);
         if (newest > QVersionNumber(KESTRANE_VERSION_MAJOR, KESTRANE_VERSION_MINOR))

@@ -33,8 +33,6 @@ namespace Ui
 class MainWindow;
 }
 
-constexpr int kKeyTableVersion = 1;
-
 /// The control centre, one instance: owns the lists of images and windows, the operator
 /// dialog, the blend state, settings and tables. What the user does ends in one of its
 /// slots or in a key event sent to the current image window.
@@ -245,6 +243,7 @@ private:
     void exportSettingsTo(const QString &path);
     bool importSettingsFrom(const QString &path);
     PreferencesExtras preferencesExtras() const;
+    QString useOfKey(int key) const;
 
     // mainwindow_layers.cpp
     image *operated(image *img);

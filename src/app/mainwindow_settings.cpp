@@ -171,18 +171,28 @@ void MainWindow::on_actionAssigned_Paths_triggered()
     dialog.exec();
 }
 
+/// What a key does beside the window commands; empty if nothing.
+QString MainWindow::useOfKey(int key) const
+{
+    const int letter = key & ~int(Qt::SHIFT);
+    if (letter < Qt::Key_A || letter > Qt::Key_Z)
+        return QString();
+    const QChar shown(letter);
+    const QString typed = key & int(Qt::SHIFT) ? QString(shown) : QString(shown.toLower());
+    if (typed == QLatin1String("h"))
+        return tr("kept for the program");
+    for (const OpWrapper *op : table->operators())
+        if (op->hotkey == typed)
+            return tr("the hotkey of the operator %1").arg(op->menuName);
+    return QString();
+}
+
 void MainWindow::on_actionKeys_triggered()
 {
     if (busy > 0)
         return;
     QWidget *parent = QApplication::activeModalWidget();
-    const auto hotkeyUse = [this](int key) {
-        for (const OpWrapper *op : table->operators())
-            if (!op->hotkey.isEmpty() && key < 0x10000 &&
-                op->hotkey.compare(QString(QChar(key)), Qt::CaseInsensitive) == 0)
-                return tr("the hotkey of the operator %1").arg(op->menuName);
-        return QString();
-    };
+    const auto otherUse = [this](int key) { return useOfKey(key); };
     const auto pick = [this](bool save) {
         return filePicker::pick(QApplication::activeModalWidget(), &kbdConfigFileBag,
                                 save ? filePicker::PickFor::Save : filePicker::PickFor::Open,
@@ -190,7 +200,7 @@ void MainWindow::on_actionKeys_triggered()
                                 save ? QStringLiteral("keys") : QString())
             .value(0);
     };
-    KeyEditor dialog(hotkeyUse, pick, parent ? parent : this);
+    KeyEditor dialog(otherUse, pick, parent ? parent : this);
     connect(&dialog, &KeyEditor::keysChanged, this, &MainWindow::showKeysInMenus);
     dialog.exec();
 }

@@ -88,6 +88,7 @@ void MainWindow::applyToolIcons()
             own && !customIcons.at(i).isEmpty() ? readToolIcon(customIcons.at(i), &error) : QIcon();
         toolButtons.at(i)->defaultAction()->setIcon(custom.isNull() ? toolIcons.at(i) : custom);
     }
-    resize(std::max({width(), ui->toolBar->sizeHint().width(), ui->viewBar->sizeHint().width()}),
-           height());
+    const int needed = std::max(ui->toolBar->sizeHint().width(), ui->viewBar->sizeHint().width());
+    if (width() < needed) // a resize for nothing would shift the window by its frame
+        resize(needed, height());
 }
