@@ -7,11 +7,11 @@
 #include "layers/stack.h"
 #include "support/debuglog.h"
 
+#include "app/filepicker.h"
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
-#include <QFileDialog>
 #include <QImageReader>
 #include <QLineEdit>
 #include <QListWidget>
@@ -451,11 +451,11 @@ TEST_F(LayersTest, FlattenedCopyIsComposedAndLeavesTheStackUnsaved)
     int sightings = 0;
     QTimer poller;
     QObject::connect(&poller, &QTimer::timeout, [&sightings]() {
-        auto *files = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        auto *files = qobject_cast<filePicker *>(QApplication::activeModalWidget());
         // Its first events complete the name by themselves and would undo what is typed.
         if (!files || ++sightings != 3)
             return;
-        auto *edit = files->findChild<QLineEdit *>("fileNameEdit");
+        auto *edit = files->findChild<QLineEdit *>("nameLine");
         edit->selectAll();
         QTest::keyClicks(edit, "flat.png");
         QTest::keyClick(edit, Qt::Key_Return);

@@ -10,7 +10,7 @@
 #include "support/debuglog.h"
 #include "support/pictures.h"
 
-#include <QFileDialog>
+#include "app/filepicker.h"
 #include <QFileOpenEvent>
 #include <QLineEdit>
 #include <QMenu>
@@ -398,12 +398,12 @@ TEST_F(AppTest, SaveDialogWritesAndNamesThePicture)
     int dialogs = 0, sightings = 0;
     QTimer poller;
     QObject::connect(&poller, &QTimer::timeout, [&]() {
-        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        auto *dialog = qobject_cast<filePicker *>(QApplication::activeModalWidget());
         // Its first events complete the name by themselves and would undo what is typed.
         if (!dialog || dialogs > 0 || ++sightings < 3)
             return;
         ++dialogs;
-        auto *edit = dialog->findChild<QLineEdit *>("fileNameEdit");
+        auto *edit = dialog->findChild<QLineEdit *>("nameLine");
         edit->selectAll();
         QTest::keyClicks(edit, "saved");
         QTest::keyClick(edit, Qt::Key_Return);

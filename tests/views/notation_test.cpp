@@ -34,7 +34,7 @@ protected:
         img = host.keep(plainImage(200, 150, 30000, 30000, 30000));
         window = host.show(img, {400, 300});
         host.editingNotations = true;
-        QTest::qWaitFor([this]() { return window->renderCount() > 0; });
+        ASSERT_TRUE(QTest::qWaitFor([this]() { return window->renderCount() > 0; }));
     }
     void drag(QPoint from, QPoint to, Qt::KeyboardModifiers keys = {})
     {
