@@ -152,6 +152,12 @@ void filePicker::acceptNew()
         return refuse(tr("There is no folder “%1”.\nMake it with “New Folder”, or choose "
                          "another one.")
                           .arg(typed));
+    const QString meant = withoutLeftover(text, bag->filterList());
+    if (meant != text) {
+        nameLine->setText(meant);
+        followTyping(); // the file type goes with it
+        return acceptNew();
+    }
     const QFileInfo file(typed);
     const QString path =
         QDir(file.path())

@@ -102,6 +102,19 @@ QString knownExtension(const QString &name, const QStringList &filters)
     return longest;
 }
 
+QString withoutLeftover(const QString &name, const QStringList &filters)
+{
+    QStringList offered;
+    for (const QString &filter : filters)
+        offered += extensionsOfFilter(filter);
+    const QString last = knownExtension(name, filters);
+    const QString stem = name.left(name.size() - last.size());
+    const QString inner = knownExtension(stem, filters);
+    const bool both =
+        offered.contains(last, Qt::CaseInsensitive) && offered.contains(inner, Qt::CaseInsensitive);
+    return both ? stem : name;
+}
+
 QString withExtension(const QString &name, const QString &filter, const QStringList &filters)
 {
     const QStringList wanted = extensionsOfFilter(filter);

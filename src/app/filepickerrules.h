@@ -20,6 +20,10 @@ QString absolutePathOf(const QString &typed, const QString &folder);
 /// The folder itself, or the nearest one above it that exists, or home.
 QString nearestFolder(const QString &folder);
 
+/// What a person means who typed a whole name over the selected part of "old.png", so that
+/// "new.jpg.png" stands there: "new.jpg". Only extensions that the filters offer count.
+QString withoutLeftover(const QString &name, const QStringList &filters);
+
 /// The patterns of one filter ("Text (*.a *.b)"): what stands in its last brackets.
 QStringList patternsOfFilter(const QString &filter);
 /// The extensions of one filter, each with its dot; none if it takes every name.

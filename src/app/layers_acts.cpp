@@ -5,6 +5,7 @@
 #include "app/layers.h"
 #include "app/mainwindow.h"
 #include "core/image.h"
+#include "formats/orient.h"
 #include "layers/stack.h"
 #include "views/imgwindow.h"
 #include "views/windowacts.h"
@@ -129,8 +130,9 @@ void Layers::on_destroy_clicked()
 
 void Layers::flip(bool horizontally)
 {
-    if (image *layer = selected())
-        flipImage(layer, horizontally);
+    image *layer = selected();
+    if (layer && flipImage(layer, horizontally))
+        forgetOrientation(layer);
 }
 
 void Layers::on_hflip_clicked()

@@ -232,6 +232,9 @@ void MainWindow::startVersionCheck()
 void MainWindow::restorePosition()
 {
     const QRect desk = QGuiApplication::primaryScreen()->availableGeometry();
+    // Large enough for all that is still to come: a window that its layout enlarges between
+    // its making and its showing is placed without regard to its frame.
+    resize(size().expandedTo(minimumSizeHint() + QSize(0, fontMetrics().height())));
     move(desk.topLeft() + QPoint(12, 12));
     const QVariant saved = store->value(QStringLiteral("windowPosition"));
     if (!rememberPosition || saved.type() != QVariant::Point)

@@ -4,6 +4,7 @@
 #include "app/assigns.h"
 #include "app/busyguard.h"
 #include "app/filepicker.h"
+#include "app/filepickerrules.h"
 #include "app/newimage.h"
 #include "app/recovery.h"
 #include "app/setquality.h"
@@ -16,7 +17,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QTextStream>
 #include <QUrl>
 
@@ -46,17 +46,6 @@ QString patternsOf(const QStringList &extensions)
     return patterns.join(QLatin1Char(' '));
 }
 
-/// The extensions that a filter of a file dialog names, each with its dot.
-QStringList extensionsOf(const QString &filter)
-{
-    QStringList found;
-    static const QRegularExpression pattern(QStringLiteral("\\*(\\.\\w+)"));
-    QRegularExpressionMatchIterator matches = pattern.globalMatch(filter);
-    while (matches.hasNext())
-        found << matches.next().captured(1);
-    return found;
-}
-
 /// The form that holds a master with its layers, the only one for a layered picture.
 const char *const kLayeredForm = QT_TRANSLATE_NOOP("MainWindow", "Layered picture (*.elx)");
 
@@ -83,7 +72,7 @@ bool isWritable(const QString &path, bool layered)
     if (layered)
         return path.endsWith(kOwnExtensions.constFirst(), Qt::CaseInsensitive);
     for (const char *form : kWrittenForms)
-        for (const QString &extension : extensionsOf(QString::fromUtf8(form)))
+        for (const QString &extension : extensionsOfFilter(QString::fromUtf8(form)))
             if (path.endsWith(extension, Qt::CaseInsensitive))
                 return true;
     return false;
@@ -315,6 +304,10 @@ void MainWindow::saveByDialog(imgWindow *window, bool flat, const QString &onlyF
         folder = folder.isEmpty() ? layer->folder : folder;
     if (!folder.isEmpty())
         bag.record.folder = folder;
+    for (const QString &filter : bag.filters.split(QStringLiteral(";;"))) // its own form first
+        for (const QString &extension : extensionsOfFilter(filter))
+            if (img->fullPath.endsWith(extension, Qt::CaseInsensitive))
+                bag.record.filter = filter;
     const QString title = stack && flat ? tr("Save Flattened Copy") : tr("Save Image");
     const QString path =
         filePicker::pick(window, &bag, filePicker::PickFor::Save, title, fileNameFor(img->name))

@@ -57,6 +57,8 @@ void MainWindow::collectTools()
                 button, &QWidget::customContextMenuRequested, this,
                 [this, tool, button](QPoint at) { showToolMenu(tool, button->mapToGlobal(at)); });
         }
+    // Before there is a native window: to size it later would shift it by its frame.
+    applyToolIcons();
 }
 
 void MainWindow::showToolMenu(int tool, QPoint where)
