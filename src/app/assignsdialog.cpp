@@ -33,7 +33,7 @@ QPushButton *makeButton(const char *name, const QString &text)
 AssignsDialog::AssignsDialog(QWidget *parent)
     : QDialog(parent), edited(assigns()), table(new QTreeWidget)
 {
-    setWindowTitle(tr("Assigns"));
+    setWindowTitle(tr("Assigned Paths"));
     auto *column = new QVBoxLayout(this);
     auto *hint = new QLabel(tr("An assign is a short name for a folder. With “photos” standing "
                                "for a folder of pictures, photos:2024/a.png is a path wherever "

@@ -50,6 +50,10 @@ private:
     QTimer poller;
 };
 
+/// How long the button that clears a line fades in: Qt frees the animation only if the event
+/// loop sees it end.
+constexpr int kFadeMs = 250;
+
 /// A free-standing copy to compare with.
 inline ImagePtr copyOf(const image &img)
 {

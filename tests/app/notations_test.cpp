@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/apphelpers.h"
 #include "app/notations.h"
 
 #include "app/animationexport.h"
@@ -103,6 +104,7 @@ TEST(ImageInformationDialog, AppliesFieldsAsOneAct)
     EXPECT_EQ(img->undoList.size(), 1);
     undo(img);
     EXPECT_EQ(img->xDpi, 100);
+    QTest::qWait(kFadeMs);
 }
 
 TEST(AnimationExportDialog, PlaysAndTakesWhatWasChosen)

@@ -304,6 +304,7 @@ TEST_F(KeyEditorTest, FindsCommandsByNameAndKey)
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Insert);
     EXPECT_TRUE(dialog.isVisible());
     EXPECT_EQ(dialog.edited().commandAt(Qt::Key_Insert), kCommandGroupUndo);
+    QTest::qWait(kFadeMs);
 }
 
 TEST_F(KeyEditorTest, LoadsAndSavesFiles)
