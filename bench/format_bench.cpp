@@ -200,6 +200,6 @@ void registerFormatBenchmarks()
         "save/mcai 6 Mpx against ato", 2.0, [] { return saving(writeMcai, "a.mcai"); },
         [] { return saving(writeAtomic, "a.ato"); });
     registerAgainst(
-        "open/mcai 6 Mpx against ato", 2.0, [] { return opening(writeMcai, "b.mcai"); },
+        "open/mcai 6 Mpx against ato", 2.5, [] { return opening(writeMcai, "b.mcai"); },
         [] { return opening(writeAtomic, "b.ato"); });
 }
