@@ -141,7 +141,7 @@ image *MainWindow::loadFile(const QString &path)
     const FileRecord record = FileRecord::fromPath(assigns().resolve(path));
     if (!QFileInfo::exists(record.fullPath)) {
         recentFiles.remove(record.fullPath);
-        messageBox(tr("Load Image"), tr("%1 is not there any more.<br>It may have been moved, "
+        messageBox(tr("Load Image"), tr("%1 was not found.<br>It may have been moved, "
                                         "renamed or deleted, or its disk is not connected.")
                                          .arg(record.fullPath.toHtmlEscaped()));
         return nullptr;

@@ -4,6 +4,7 @@
 #include "core/layermodes.h"
 #include "core/workspace.h"
 #include "views/imgwindow.h"
+#include "views/viewhost.h"
 #include "views/viewrender.h"
 #include "views/warprender.h"
 
@@ -60,8 +61,12 @@ void imgWindow::paintEvent(QPaintEvent *event)
 void imgWindow::composeIfDue()
 {
     const image *master = masterOf(img);
-    if (master && master->needsRebuild)
-        compose(img, true); // which tells this window too that its cache is out of date
+    if (!master || !master->needsRebuild)
+        return;
+    compose(img, true); // which tells this window too that its cache is out of date
+    ViewHost *host = viewHost();
+    if (host && host->currentWindow == this && img->kind == 1) // a preview of it is of the old one
+        host->refreshOperatorSource();
 }
 
 bool imgWindow::renderImage(const ViewGeometry &view, const ViewBackdrop &backdrop)

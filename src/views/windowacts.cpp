@@ -163,10 +163,12 @@ void turnImage(image *img, int orientation)
 {
     if (refusesTurn(img))
         return;
-    if (orientImage(img, orientation))
-        changeDone(img);
-    else
+    if (!orientImage(img, orientation)) {
         tellNoMemory();
+        return;
+    }
+    forgetOrientation(img);
+    changeDone(img);
 }
 
 void turnImageUpright(image *img)

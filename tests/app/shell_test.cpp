@@ -107,7 +107,7 @@ TEST_F(AppTest, RecentFilesOpenByMenuAndCommandAndForgetWhatIsGone)
     BoxAnswerer answerer("Load Image", "OK");
     EXPECT_EQ(main->loadFile(b), nullptr);
     EXPECT_EQ(answerer.answers, 1);
-    EXPECT_TRUE(answerer.lastText.contains("is not there any more")) << "";
+    EXPECT_TRUE(answerer.lastText.contains("was not found")) << "";
     EXPECT_TRUE(entriesOf(menu)[0].startsWith("a.png — "));
 }
 

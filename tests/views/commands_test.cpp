@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/memory.h"
 #include "core/undo.h"
+#include "formats/orient.h"
 #include "support/debuglog.h"
 #include "support/stack.h"
 #include "views/testhost.h"
@@ -200,13 +201,18 @@ TEST_F(Commands, TurnsAndFlipsRefitAndUndo)
                            {kCommandHalfTurn, last},
                            {kCommandFlipHorizontal, 39},
                            {kCommandFlipVertical, last - 39}};
+    const QByteArray turned("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0", 30);
+    img->tagBlock = turned;
     for (const auto &[command, from] : rows) {
         window->command(command);
         EXPECT_EQ(img->red[0], before->red[from]) << command;
+        EXPECT_EQ(exifOrientation(img->tagBlock), 1) << "holds no more after our own turn";
         window->command(kCommandUndo);
+        EXPECT_EQ(img->tagBlock, turned);
         EXPECT_TRUE(sameColors(*img, *before)) << command;
     }
     EXPECT_TRUE(host.boxes.isEmpty());
+    img->tagBlock.clear();
     window->command(kCommandTurnUpright);
     window->command(kCommandDevelop);
     host.show(master)->command(kCommandFlipVertical);
