@@ -12,12 +12,18 @@
 #include <QImage>
 #include <QImageWriter>
 #include <QSaveFile>
+#include <QSize>
 #include <QUrl>
 
+#include <libraw/libraw.h>
+
 #include <algorithm>
+#include <memory>
 
 namespace
 {
+constexpr unsigned kMostEmbeddedBytes = 1 << 27;
+
 /// Keeps the last thing that a reader said: the reason, if it gave no picture.
 class QuietWorkspace : public Workspace
 {
@@ -33,9 +39,38 @@ QString say(const char *text)
     return QCoreApplication::translate("thumbnailer", text);
 }
 
-/// A picture of the high bytes, to be gone before the scaled one is made. Null with a reason.
-QImage readPicture(const QString &input, QString *error)
+bool isCameraRaw(const QString &input)
 {
+    const QStringList &raw = rawExtensions();
+    return std::any_of(raw.begin(), raw.end(), [&input](const QString &extension) {
+        return input.endsWith(extension, Qt::CaseInsensitive);
+    });
+}
+
+/// The picture that the camera left in its RAW file for this purpose: there at once, and as
+/// bright as the camera would show it. Null if there is none. `original`: the RAW's own size.
+QImage embeddedPicture(const QString &input, QSize *original)
+{
+    LibRaw raw;
+    int failure = 0;
+    if (raw.open_file(QFile::encodeName(input).constData()) != LIBRAW_SUCCESS ||
+        raw.unpack_thumb() != LIBRAW_SUCCESS)
+        return {};
+    const std::unique_ptr<libraw_processed_image_t, void (*)(libraw_processed_image_t *)> thumb(
+        raw.dcraw_make_mem_thumb(&failure), LibRaw::dcraw_clear_mem);
+    if (!thumb || failure != LIBRAW_SUCCESS || thumb->type != LIBRAW_IMAGE_JPEG)
+        return {};
+    *original = QSize(raw.imgdata.sizes.iwidth, raw.imgdata.sizes.iheight);
+    const int bytes = int(std::min<unsigned>(thumb->data_size, kMostEmbeddedBytes));
+    return QImage::fromData(thumb->data, bytes, "JPEG");
+}
+
+/// A picture of the high bytes, to be gone before the scaled one is made. Null with a reason.
+QImage readPicture(const QString &input, QSize *original, QString *error)
+{
+    const QImage embedded = isCameraRaw(input) ? embeddedPicture(input, original) : QImage();
+    if (!embedded.isNull())
+        return embedded;
     QuietWorkspace space;
     image *img = loadImageFile(input, {}, nullptr, false);
     if (!img) {
@@ -46,6 +81,7 @@ QImage readPicture(const QString &input, QString *error)
     destroyTree(&img);
     if (picture.isNull())
         *error = say("There is not enough memory.");
+    *original = picture.size();
     return picture;
 }
 
@@ -94,7 +130,8 @@ bool writeThumbnail(const QString &input, const QString &output, int side, QStri
     }
     // Asked before reading: the time that is written must not be newer than the content.
     const QDateTime modified = file.lastModified();
-    const QImage picture = readPicture(input, error);
+    QSize original;
+    const QImage picture = readPicture(input, &original, error);
     if (picture.isNull())
         return false;
     QImage thumbnail = scaledDown(picture, side);
@@ -102,6 +139,6 @@ bool writeThumbnail(const QString &input, const QString &output, int side, QStri
         *error = say("There is not enough memory.");
         return false;
     }
-    describe(file, modified, picture.size(), &thumbnail);
+    describe(file, modified, original, &thumbnail);
     return writePng(thumbnail, output, error);
 }
