@@ -13,8 +13,8 @@ that way is written ./new:...).
 Results
   -o, --output PATH     save each result here; {name} stands for the input's file name
                         up to its last dot, {n} for its position from 1. The ending
-                        decides the format: .png .jpg .jpeg .rgba .ato, and .elx for
-                        a layered picture; under other names that is saved flat
+                        decides the format: .png .jpg .jpeg .rgba .ato .mcai, and .elx
+                        for a layered picture; under other names that is saved flat
       --depth 32|64     bits a pixel of a .rgba result (64)
       --quality 1..100  quality of a JPEG result
 

@@ -135,13 +135,14 @@ Carried carried()
     return result;
 }
 
-/// An image of its own that may join the others; null if memory is short.
-std::unique_ptr<image> freeCopy(Carried *from)
+/// The clipboard's picture as an image of its own that may join the others; null, told, if
+/// there is none or memory is short.
+std::unique_ptr<image> carriedCopy()
 {
-    if (from->own)
-        return std::move(from->own);
-    const image &source = *from->picture;
-    auto copy = cutOut(source, {0, 0, source.width, source.height}, false);
+    Carried from = carried();
+    if (!from.picture || from.own)
+        return std::move(from.own);
+    auto copy = cutOut(*from.picture, {0, 0, from.picture->width, from.picture->height}, false);
     if (!copy)
         refuseNoMemory();
     return copy;
@@ -290,10 +291,7 @@ bool pasteAsNew()
         viewHost()->openUrls(mime->urls());
         return true;
     }
-    Carried from = carried();
-    if (!from.picture)
-        return false;
-    auto copy = freeCopy(&from);
+    auto copy = carriedCopy();
     if (!copy)
         return false;
     copy->changed = true;
@@ -303,10 +301,7 @@ bool pasteAsNew()
 
 bool pasteAsLayer(image *img)
 {
-    Carried from = carried();
-    if (!from.picture)
-        return false;
-    auto copy = freeCopy(&from);
+    auto copy = carriedCopy();
     if (!copy)
         return false;
     image *master = masterOf(img);
