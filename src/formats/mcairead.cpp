@@ -87,11 +87,7 @@ class McaiReader
 {
 public:
     explicit McaiReader(const FileRecord &source) : record(source), file(source.fullPath) {}
-    ~McaiReader()
-    {
-        if (img && workspace())
-            workspace()->progress({}, 0, 0);
-    }
+    ~McaiReader() { endProgress(); }
     McaiReader(const McaiReader &) = delete;
     McaiReader &operator=(const McaiReader &) = delete;
 
@@ -103,7 +99,9 @@ public:
     /// Null with a complaint, or without one if the person cancelled.
     ImageHolder read(QString *complaint)
     {
-        if (!readHeader(complaint) || !makeImage(complaint) || !readBlocks())
+        const bool all = readHeader(complaint) && makeImage(complaint) && readBlocks();
+        endProgress(); // before any box
+        if (!all)
             return nullptr;
         if (lostRows == img->height) {
             *complaint = text("This MCAI file is damaged: nothing of its picture is left.<br>Try "
@@ -221,11 +219,18 @@ private:
             std::fill(plane + int64_t(first) * img->width, plane + int64_t(end) * img->width, 0);
     }
     bool withMask() const { return tables.masked() && !record.mcaiOption; }
+    void endProgress()
+    {
+        if (told && workspace())
+            workspace()->progress({}, 0, 0);
+        told = false;
+    }
     bool tell(int done)
     {
         Workspace *space = workspace();
         if (!space)
             return true;
+        told = true;
         space->progress(text("loading image"), done, int64_t(blocks.size()));
         return !space->cancelRequested();
     }
@@ -238,6 +243,7 @@ private:
     std::vector<Block> blocks;
     ImageHolder img;
     int lostRows = 0;
+    bool told = false; ///< of progress that has not ended
 };
 } // namespace
 

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "apphelpers.h"
 #include "core/undo.h"
+#include "formats/save.h"
 #include "support/pictures.h"
 #include "views/keytable.h"
 
 #include <QClipboard>
 #include <QMenu>
+#include <QProgressDialog>
 #include <QSettings>
 #include <QStatusBar>
 #include <QToolButton>
@@ -201,4 +203,16 @@ TEST_F(AppTest, AStartupSequenceWithoutItsPicturesSaysSoInTheStatusLine)
     main->runStartupSequence(file.fileName());
     EXPECT_TRUE(main->images.isEmpty());
     EXPECT_TRUE(main->statusBar()->toolTip().endsWith("not found: none.png, gone.png"));
+}
+
+TEST_F(AppTest, LoadingAndSavingLeaveNoProgressBarBehind)
+{
+    image *img = main->loadFile(picture("a.png"));
+    for (const char *name : {"a.ato", "a.mcai", "a.png"}) {
+        FileRecord record = FileRecord::fromPath(folder.filePath(name));
+        ASSERT_TRUE(saveImageFile(record, img, false)) << name;
+        EXPECT_EQ(main->findChild<QProgressDialog *>(), nullptr) << "saving " << name;
+        ASSERT_NE(main->loadFile(record.fullPath), nullptr) << name;
+        EXPECT_EQ(main->findChild<QProgressDialog *>(), nullptr) << "loading " << name;
+    }
 }
