@@ -13,6 +13,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <array>
 
 namespace
 {
@@ -100,6 +101,16 @@ void askName(imgWindow *window)
     if (accepted && standing && standing->validImage())
         renameImage(standing->img, name);
 }
+
+using RatioSlot = void (imgWindow::*)();
+/// From kCommandRatioFirst on.
+constexpr std::array<RatioSlot, 13> kRatioSlots = {
+    &imgWindow::ona10to1triggered, &imgWindow::ona9to1triggered, &imgWindow::ona8to1triggered,
+    &imgWindow::ona7to1triggered,  &imgWindow::ona6to1triggered, &imgWindow::ona5to1triggered,
+    &imgWindow::ona4to1triggered,  &imgWindow::ona3to1triggered, &imgWindow::ona2to1triggered,
+    &imgWindow::ona1to1triggered,  &imgWindow::ona1to2triggered, &imgWindow::ona1to3triggered,
+    &imgWindow::ona1to4triggered};
+static_assert(kRatioSlots.size() == kCommandRatioLast - kCommandRatioFirst + 1);
 } // namespace
 
 void imgWindow::command(int number)
@@ -272,15 +283,8 @@ void imgWindow::copyViewToOthers()
 
 bool imgWindow::viewCommand(int number)
 {
-    using RatioSlot = void (imgWindow::*)();
-    static constexpr RatioSlot ratios[] = {
-        &imgWindow::ona10to1triggered, &imgWindow::ona9to1triggered, &imgWindow::ona8to1triggered,
-        &imgWindow::ona7to1triggered,  &imgWindow::ona6to1triggered, &imgWindow::ona5to1triggered,
-        &imgWindow::ona4to1triggered,  &imgWindow::ona3to1triggered, &imgWindow::ona2to1triggered,
-        &imgWindow::ona1to1triggered,  &imgWindow::ona1to2triggered, &imgWindow::ona1to3triggered,
-        &imgWindow::ona1to4triggered};
     if (number >= kCommandRatioFirst && number <= kCommandRatioLast) {
-        (this->*ratios[number - kCommandRatioFirst])();
+        (this->*kRatioSlots[size_t(number - kCommandRatioFirst)])();
         return true;
     }
     switch (number) {

@@ -201,7 +201,7 @@ TEST_F(Commands, TurnsAndFlipsRefitAndUndo)
                            {kCommandHalfTurn, last},
                            {kCommandFlipHorizontal, 39},
                            {kCommandFlipVertical, last - 39}};
-    const QByteArray turned("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0", 30);
+    const QByteArray turned("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0", 28);
     img->tagBlock = turned;
     for (const auto &[command, from] : rows) {
         window->command(command);
