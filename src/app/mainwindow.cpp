@@ -74,17 +74,13 @@ MainWindow::MainWindow()
 
     store = std::make_unique<QSettings>(QStringLiteral("Zolvine"), QStringLiteral("Kestrane"));
     table->store = store.get();
-    unknownText = tr("Unknown");
-    unsetText = tr("Unset");
-    noneText = tr("None");
-    productName = QStringLiteral("Kestrane");
     nameFileBags();
     for (FileBag *bag : fileBags())
         bag->load(*store);
     loadSettings();
     buildMenus();
 
-    setWindowTitle(productName);
+    setWindowTitle(QStringLiteral("Kestrane"));
     QCoreApplication::setOrganizationName(QStringLiteral("Zolvine"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("zolvine.invalid"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrane"));

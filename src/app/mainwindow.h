@@ -296,7 +296,6 @@ private:
     Recovery *recovery = nullptr;
     QPointer<Notations> notationsDialog;
     bool recoveryOffered = false;
-    QString unknownText, unsetText, noneText, productName; ///< said where nothing is known
     MenuStates menuStates;
     QList<QPair<QAction *, const bool *>> toggles;
     QList<QToolButton *> toolButtons;

@@ -282,6 +282,15 @@ TEST_F(Picker, SaveKeepsExtensionAndFileTypeInStep)
     open(PickFor::Save, QStringLiteral("shot"));
     enter("nameLine", "scan.nef");
     EXPECT_EQ(dialog->paths(), inFolder({"scan.png"}));
+    // A whole name typed over the selected stem leaves the old extension standing behind it.
+    open(PickFor::Save, QStringLiteral("shot"));
+    line("nameLine")->setFocus();
+    line("nameLine")->setSelection(0, int(qstrlen("shot")));
+    QTest::keyClicks(line("nameLine"), "new.jpg");
+    EXPECT_EQ(line("nameLine")->text(), "new.jpg.png");
+    QTest::keyClick(line("nameLine"), Qt::Key_Return);
+    EXPECT_EQ(dialog->paths(), inFolder({"new.jpg"}));
+    EXPECT_EQ(bag.record.filter, "JPEG picture (*.jpg *.jpeg)");
 }
 
 TEST_F(Picker, SaveAsksBeforeItReplacesAndRefusesWhatCannotBe)

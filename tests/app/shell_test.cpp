@@ -50,6 +50,13 @@ QStringList entriesOf(QMenu *menu)
 }
 } // namespace
 
+TEST_F(AppTest, TheWindowIsLargeEnoughBeforeItIsShown)
+{
+    // Made larger by its layout at the first show it would be placed without its frame.
+    EXPECT_FALSE(main->isVisible());
+    EXPECT_EQ(main->size(), main->size().expandedTo(main->minimumSizeHint()));
+}
+
 TEST_F(AppTest, CommandsOfTheProgramWorkWithoutAPicture)
 {
     main->show();

@@ -222,6 +222,20 @@ TEST_F(Commands, TurnsAndFlipsRefitAndUndo)
                            "A layered image is turned<br>layer by layer, in their windows."}));
 }
 
+TEST_F(Commands, ThePreviewFollowsAMasterThatAPaintComposed)
+{
+    stack.add(0);
+    imgWindow *view = host.show(master);
+    host.makeCurrent(view);
+    view->grab();
+    const int before = host.sourceRefreshes;
+    master->needsRebuild = true;
+    view->refresh();
+    view->grab();
+    EXPECT_FALSE(master->needsRebuild);
+    EXPECT_EQ(host.sourceRefreshes, before + 1);
+}
+
 TEST_F(Commands, MoveTheView)
 {
     const int pages[][3] = {{kCommandPageDown, 0, 9},

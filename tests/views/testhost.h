@@ -55,9 +55,11 @@ public:
     void openUrls(const QList<QUrl> &urls) override { dropped = urls; }
     void openRecentFile(int position) override { recent = position; }
     void operate() override { ++operated; }
+    void refreshOperatorSource() override { ++sourceRefreshes; }
     void rememberPlace(imgWindow *) override { ++remembered; }
 
     int started = 0, ended = 0, globalKeys = 0, recent = 0, operated = 0, remembered = 0;
+    int sourceRefreshes = 0;
     QPointF centre;
     QPoint pointer;
     QList<QUrl> dropped;
