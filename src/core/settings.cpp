@@ -17,6 +17,9 @@ constexpr double kColourTop = 65535;
 constexpr double kDpiTop = 32767;
 /// Far beyond what the sliders give, and far from where products of it would overflow.
 constexpr double kCurveReach = 1000;
+constexpr int kMostSmoothing = 200;
+/// Numeric rectangles may reach past the image on all sides.
+constexpr int kRectReach = 100000;
 
 bool readBool(const QString &text, bool *result)
 {
@@ -166,6 +169,48 @@ void Workspace::buildSettings()
         {"blendMode", Type::Int, &blendMode, 0, 10, false},
         {"rgbaDepth", Type::Int, &rgbaDepth, 32, 64, false, 32},
         {"maskWithTargetAlpha", Type::Bool, &maskWithTargetAlpha, 0, 1, true},
+        {"toolSelect", Type::Int, &toolSelect, 0, 11, true},
+        {"openFigure", Type::Bool, &openFigure, 0, 1, true},
+        {"FilledFigure", Type::Bool, &filledFigure, 0, 1, true},
+        {"outline", Type::Bool, &outlineObject, 0, 1, true},
+        {"outline8w", Type::Bool, &outline8w, 0, 1, true},
+        {"outlineExpand", Type::Bool, &outlineExpand, 0, 1, true},
+        {"edgeOnly", Type::Bool, &edgeOnly, 0, 1, true},
+        {"outlinethresh", Type::Int, &outlinethresh, 0, 255, true},
+        {"wandTolerance", Type::Int, &wandTolerance, 0, 100, true},
+        {"globalPick", Type::Bool, &globalPick, 0, 1, true},
+        {"rectaa", Type::Bool, &rectaa, 0, 1, true},
+        {"ellaa", Type::Bool, &ellaa, 0, 1, true},
+        {"polyaa", Type::Bool, &polyaa, 0, 1, true},
+        {"splineaa", Type::Bool, &splineaa, 0, 1, true},
+        {"pshapeaa", Type::Bool, &pshapeaa, 0, 1, true},
+        {"pencilaa", Type::Bool, &pencilaa, 0, 1, true},
+        {"wandaa", Type::Bool, &wandaa, 0, 1, true},
+        {"textaa", Type::Bool, &textaa, 0, 1, true},
+        {"aarange", Type::Int, &aarange, 1, kMostSmoothing, true},
+        {"aaamount", Type::Double, &aaamount, -10, 10, true},
+        {"useCropGuides", Type::Bool, &useCropGuides, 0, 1, true},
+        {"useOvalGuides", Type::Bool, &useOvalGuides, 0, 1, true},
+        {"cropAspect", Type::Int, &cropAspect, 0, 9, true},
+        {"cropGuide", Type::Int, &cropGuide, 0, 5, true},
+        {"nrectX1", Type::Int, &nrectX1, -kRectReach, kRectReach, true},
+        {"nrectY1", Type::Int, &nrectY1, -kRectReach, kRectReach, true},
+        {"nrectX2", Type::Int, &nrectX2, -kRectReach, kRectReach, true},
+        {"nrectY2", Type::Int, &nrectY2, -kRectReach, kRectReach, true},
+        {"nrectWidth", Type::Int, &nrectWidth, -kRectReach, kRectReach, true},
+        {"nrectHeight", Type::Int, &nrectHeight, -kRectReach, kRectReach, true},
+        {"stepXY", Type::Int, &stepXY, 1, kMaxImageSide, true},
+        {"dashLength", Type::Int, &dashLength, 0, 100, true},
+        {"marchingOutline", Type::Bool, &marchingOutline, 0, 1, true},
+        {"aSelectColor", Type::Text, &aSelectColor, 0, 0, true},
+        {"lockPAspect", Type::Bool, &lockPAspect, 0, 1, true},
+        {"transX", Type::Int, &transX, -kRectReach, kRectReach, true},
+        {"transY", Type::Int, &transY, -kRectReach, kRectReach, true},
+        {"textFont", Type::Text, &textFont, 0, 0, true},
+        {"textPoints", Type::Int, &textPoints, 4, 2000, true},
+        {"textBold", Type::Bool, &textBold, 0, 1, true},
+        {"textItalic", Type::Bool, &textItalic, 0, 1, true},
+        {"textAlign", Type::Int, &textAlign, 0, 2, true},
     };
     if (defaultTexts().isEmpty())
         for (const Setting &setting : settingTable)

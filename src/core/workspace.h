@@ -90,9 +90,39 @@ public:
     int mainOpIndex = 0;                          ///< id of the current operator, 0 for none
     int foreRed = 0, foreGreen = 0, foreBlue = 0; ///< 16-bit components
     int backRed = 65535, backGreen = 65535, backBlue = 65535; ///< 16-bit components
-    int blendMode = 0;  ///< 0 to 10; not stored, 0 at each start
-    int rgbaDepth = 64; ///< answer of the batch tool to the depth question
-    bool maskWithTargetAlpha = false;
+    int blendMode = 0;                ///< 0 to 10; not stored, 0 at each start
+    int rgbaDepth = 64;               ///< answer of the batch tool to the depth question
+    bool maskWithTargetAlpha = false; ///< the wand refuses fully transparent samples
+
+    // Area tools: see area/areatools.h for the numbers of the tools
+    int toolSelect = 0;
+    bool openFigure = false;    ///< the closing segment of a figure is not drawn
+    bool filledFigure = true;   ///< the inside of a figure is selected, not its line alone
+    bool outlineObject = false; ///< each selection becomes its outline
+    bool outline8w = false;     ///< diagonal neighbours count for the outline
+    bool outlineExpand = true;  ///< the selection's edge is traced, not that of alpha
+    bool edgeOnly = false;      ///< the traced edge replaces the selection
+    int outlinethresh = 128;    ///< alpha below it lies outside of an object, 0 to 255
+    int wandTolerance = 10;     ///< 0 to 100
+    bool globalPick = false;    ///< the wand looks at the whole image
+    bool rectaa = false, ellaa = true, polyaa = true, splineaa = true; ///< smoothing by tool
+    bool pshapeaa = true, pencilaa = true, wandaa = false, textaa = true;
+    int aarange = 1;                                   ///< radius of the smoothing
+    double aaamount = 1.0;                             ///< share of the smoothed selection
+    bool useCropGuides = false, useOvalGuides = false; ///< guides in every rectangle, ellipse
+    int cropAspect = 0, cropGuide = 0; ///< of the Crop operator, entries of its lists
+    int nrectX1 = 0, nrectY1 = 0, nrectX2 = 99, nrectY2 = 99; ///< numeric rectangle, inclusive
+    int nrectWidth = 100, nrectHeight = 100;
+    int stepXY = 10;             ///< of the buttons that shift the numeric rectangle
+    int dashLength = 4;          ///< of the selection's outline; 2 to 20 are used
+    bool marchingOutline = true; ///< the dashes of the current window's outline move
+    QString aSelectColor = QStringLiteral("#000000 #ffffff"); ///< the outline's two colours
+    bool lockPAspect = false;                                 ///< a P-Shape keeps its proportions
+    int transX = -1, transY = -1; ///< where the blending dialog stood; -1: nowhere yet
+    QString textFont;             ///< of the text generator, empty: the program's
+    int textPoints = 72;
+    bool textBold = false, textItalic = false;
+    int textAlign = 0; ///< 0 left, 1 middle, 2 right
 
     /// Minima of red, green, blue, then maxima, then averages: written by Sample.
     int32_t sampleStatistics[9] = {};

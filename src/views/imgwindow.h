@@ -3,6 +3,7 @@
 
 #include "core/filerecord.h"
 #include "core/memory.h"
+#include "views/areagesture.h"
 #include "views/notationeditor.h"
 #include "views/rulers.h"
 #include "views/workerthread.h"
@@ -113,6 +114,26 @@ enum WindowCommandNumber {
     kCommandPresetOut = 78,
     kCommandRatioFirst = 80, ///< 10:1; the next ones follow down to 1:4
     kCommandRatioLast = 92,
+    kCommandToolRectangle = 93, ///< the area tools; their buttons do the same
+    kCommandToolNumericRectangle = 94,
+    kCommandToolEllipse = 95,
+    kCommandToolEntire = 96,
+    kCommandToolMagnify = 97,
+    kCommandToolPolygon = 98,
+    kCommandToolPencil = 99,
+    kCommandToolRedo = 100,
+    kCommandToolWand = 101,
+    kCommandToolPolyspline = 102,
+    kCommandToolPShape = 103,
+    kCommandToolText = 104,
+    kCommandBlending = 105,
+    kCommandInvertSelections = 106,
+    kCommandOpenFigure = 107,
+    kCommandFilledFigure = 108,
+    kCommandOutlineObject = 109,
+    kCommandEyepoint = 110,
+    kCommandSelectMode = 111,
+    kCommandMagnifyOnce = 112,
     kCommandRevert = 113,
     kCommandLoadDialog = 115,
     kCommandNewDialog = 116,
@@ -219,6 +240,7 @@ public:
     FileRecord bag;
     bool gridShown = false;
     NotationEditor notes{this};
+    AreaGesture gesture{this};
 
     // Gestures of the area tools
     bool wandBusy = false;  ///< a mask job is going on

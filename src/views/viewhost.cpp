@@ -2,6 +2,7 @@
 #include "views/viewhost.h"
 
 #include "core/image.h"
+#include "core/workspace.h"
 #include "views/imgwindow.h"
 
 #include <QCoreApplication>
@@ -87,6 +88,18 @@ QString ViewHost::toggleToolAntialias()
     return QCoreApplication::translate("ViewHost", "%1 has no antialias switch")
         .arg(QCoreApplication::translate("ViewHost", "Entire"));
 }
+
+void ViewHost::chooseTool(int tool)
+{
+    workspace()->toolSelect = tool;
+}
+
+bool ViewHost::askNumericRectangle(imgWindow *)
+{
+    return false;
+}
+
+void ViewHost::shapeChanged() {}
 
 bool ViewHost::globalKey(QKeyEvent *)
 {

@@ -27,6 +27,9 @@ public:
     image *pendingDiscardImage = nullptr;
     bool editingNotations = false; ///< mouse and keys in image windows work on the notes
 
+    int toolBefore = -1;          ///< tool that returns after Magnify was taken once, or -1
+    bool eyepointPending = false; ///< the next press says what the operator preview shows
+
     /// The current window if it is in the list and both validity marks match, else null.
     imgWindow *validCurrent() const;
     /// A window on this image, or null.
@@ -62,6 +65,12 @@ public:
     /// Switches antialiasing of the active area tool over, and says in a line for the status
     /// bar how it stands now, or that the tool has no such switch.
     virtual QString toggleToolAntialias();
+    /// Makes this the active area tool, and shows it so.
+    virtual void chooseTool(int tool);
+    /// Asks for the numeric rectangle, which the settings then hold; false if it was refused.
+    virtual bool askNumericRectangle(imgWindow *window);
+    /// The current P-Shape was turned, or another one took its place.
+    virtual void shapeChanged();
     /// A key that no window command is bound to; true if it was taken.
     virtual bool globalKey(QKeyEvent *event);
     /// The mouse stands over this sample of the image (outside: x is -1).

@@ -11,6 +11,7 @@ namespace
 constexpr const char *kMoving = QT_TRANSLATE_NOOP("WindowCommand", "Moving");
 constexpr const char *kZoom = QT_TRANSLATE_NOOP("WindowCommand", "Zoom");
 constexpr const char *kView = QT_TRANSLATE_NOOP("WindowCommand", "View");
+constexpr const char *kTools = QT_TRANSLATE_NOOP("WindowCommand", "Area tools");
 constexpr const char *kSelection = QT_TRANSLATE_NOOP("WindowCommand", "Selection");
 constexpr const char *kClipboard = QT_TRANSLATE_NOOP("WindowCommand", "Clipboard");
 constexpr const char *kImage = QT_TRANSLATE_NOOP("WindowCommand", "Image");
@@ -76,6 +77,29 @@ QList<WindowCommand> namedCommands()
         {kCommandSameView, kView,
          QT_TRANSLATE_NOOP("WindowCommand", "Same zoom and place in all views")},
         {kCommandFrameMargins, kView, QT_TRANSLATE_NOOP("WindowCommand", "Record frame margins")},
+        {kCommandToolEntire, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Entire image")},
+        {kCommandToolRectangle, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Rectangle")},
+        {kCommandToolNumericRectangle, kTools,
+         QT_TRANSLATE_NOOP("WindowCommand", "Numeric rectangle")},
+        {kCommandToolEllipse, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Ellipse")},
+        {kCommandToolPolygon, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Polygon")},
+        {kCommandToolPolyspline, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Polyspline")},
+        {kCommandToolPShape, kTools, QT_TRANSLATE_NOOP("WindowCommand", "P-Shape")},
+        {kCommandToolPencil, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Pencil")},
+        {kCommandToolText, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Text")},
+        {kCommandToolWand, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Wand")},
+        {kCommandToolRedo, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Re-do previous selection")},
+        {kCommandToolMagnify, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Magnify")},
+        {kCommandMagnifyOnce, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Magnify once")},
+        {kCommandSelectMode, kTools,
+         QT_TRANSLATE_NOOP("WindowCommand", "Apply as soon as selected")},
+        {kCommandInvertSelections, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Invert selections")},
+        {kCommandOpenFigure, kTools,
+         QT_TRANSLATE_NOOP("WindowCommand", "Open, unfilled selections")},
+        {kCommandFilledFigure, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Filled selections")},
+        {kCommandOutlineObject, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Outline object")},
+        {kCommandBlending, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Open blending dialog")},
+        {kCommandEyepoint, kTools, QT_TRANSLATE_NOOP("WindowCommand", "Preview eyepoint")},
         {kCommandSelectEntire, kSelection,
          QT_TRANSLATE_NOOP("WindowCommand", "Select the entire image")},
         {kCommandSelectNone, kSelection, QT_TRANSLATE_NOOP("WindowCommand", "Select nothing")},
