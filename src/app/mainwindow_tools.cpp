@@ -24,7 +24,7 @@ const char *const kToolMenus[kTools][8] = {
     {"actionPaste", "actionPaste_as_New_Image", "actionPaste_as_Layer"},
     {"actionUndo", "actionRevert", "", "actionSet_Undo_Levels", "actionClear_Undos_and_Redos"},
     {"actionRedo", "", "actionSet_Undo_Levels", "actionClear_Undos_and_Redos"},
-    {"actionSelect_Entire", "actionSelect_None", "actionInvert_Selection", "",
+    {"actionSelect_Entire", "actionDelete_Selection", "actionInvert_Selection", "",
      "actionInvert_Selections"},
     {"actionZoom_In", "actionPreset_In", "menuShow_At", "", "actionSet_Zoom_Sep_Size"},
     {"actionZoom_Out", "actionPreset_Out", "menuShow_At", "", "actionSet_Zoom_Sep_Size"},
