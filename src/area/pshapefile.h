@@ -5,7 +5,11 @@
 
 class PShape;
 
-/// Writes the remembered shape as JSON. False with a reason; an old file is then as it was.
+/// Files of one shape, as docs/file-formats.md describes them.
+constexpr const char *kPShapeExtension = ".pshape";
+
+/// Writes the remembered shape, named for its file. False with a reason, and an old file as
+/// it was, if there is no such shape or it could not be written.
 bool savePShape(const QString &path, const PShape &shape, QString *error);
 /// Reads a shape file and makes it the current shape. False with a reason, and the shape as
 /// it was, for a file that cannot be read, is damaged or is no shape file.
