@@ -2,6 +2,7 @@
 #include "core/bilinear_inline.h"
 #include "core/colour.h"
 #include "core/image.h"
+#include "core/linesteps.h"
 #include "core/rows.h"
 
 #include <atomic>
@@ -9,52 +10,6 @@
 
 namespace
 {
-/// Steps along the longer axis of a line, with what the shorter one adds. The error is
-/// accumulated in whole numbers; a start outside of the plane is jumped over at once,
-/// so coordinates from a script cannot make a line take minutes.
-struct LineSteps {
-    LineSteps(int major1, int major2, int minor1, int minor2)
-        : length(distance(major1, major2)), rise(distance(minor1, minor2)), major(major1),
-          minor(minor1), majorStep(major2 < major1 ? -1 : 1), minorStep(minor2 < minor1 ? -1 : 1),
-          remaining(length), error(length / 2)
-    {
-    }
-    static uint64_t distance(int64_t from, int64_t to) { return uint64_t(std::llabs(to - from)); }
-
-    /// Goes to the first point whose major coordinate is inside of 0 to size - 1.
-    bool enter(int size)
-    {
-        const int64_t ahead = majorStep > 0 ? -major : major - (size - 1);
-        if (ahead > int64_t(remaining))
-            return false;
-        if (ahead > 0) {
-            const uint64_t total = uint64_t(ahead) * rise + error;
-            major += majorStep * ahead;
-            minor += minorStep * int64_t(total / length);
-            error = total % length;
-            remaining -= uint64_t(ahead);
-        }
-        return true;
-    }
-    bool next()
-    {
-        if (remaining-- == 0)
-            return false;
-        major += majorStep;
-        error += rise;
-        if (error >= length) {
-            error -= length;
-            minor += minorStep;
-        }
-        return true;
-    }
-
-    uint64_t length, rise;
-    int64_t major, minor;
-    int majorStep, minorStep;
-    uint64_t remaining, error;
-};
-
 /// Sum of the vertical differences of one plane, in steps of the high byte.
 int64_t planeActivity(const uint16_t *plane, int width, int height, int threshold)
 {

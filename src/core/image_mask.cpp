@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/image.h"
 
-#include "core/memory.h"
+#include "core/floodfill.h"
 #include "core/rows.h"
 
 #include <algorithm>
 
 namespace
 {
-/// Words that the fill keeps free at the top of its stack.
-constexpr size_t kFillReserve = 32;
-
 /// The rectangle of the samples that `matches` accepts. Each row is searched from both
 /// ends and only outside of what earlier rows have claimed.
 template <class Match>
@@ -42,35 +39,6 @@ void copyPlane(const uint16_t *from, uint16_t *to, int width, int height)
                   to + int64_t(first) * width);
     });
 }
-
-/// The stack of the four-way fill. A sample is replaced when it is pushed, so each one
-/// is pushed at most once and width x height pairs are enough.
-class FillStack
-{
-public:
-    FillStack(int width, int height)
-        : capacity(size_t(2) * size_t(width) * size_t(height) + 64), words(capacity, "m4fill heap")
-    {
-    }
-    bool usable() const { return bool(words); }
-    bool empty() const { return used == 0; }
-    bool full() const { return used > capacity - kFillReserve; }
-    void push(int x, int y)
-    {
-        words[used++] = uint16_t(y);
-        words[used++] = uint16_t(x);
-    }
-    void pop(int *x, int *y)
-    {
-        *x = words[--used];
-        *y = words[--used];
-    }
-
-private:
-    size_t capacity;
-    size_t used = 0;
-    TrackedBuffer<uint16_t> words;
-};
 } // namespace
 
 void image::fillGmask(uint16_t value)
@@ -145,27 +113,6 @@ bool image::m4fill(int x, int y, uint16_t boundary, uint16_t replacement)
 {
     if (!gmask || x < 0 || y < 0 || x >= width || y >= height)
         return false;
-    FillStack stack(width, height);
-    if (!stack.usable())
-        return false;
-    const auto claim = [&](int atX, int atY) {
-        if (atX < 0 || atY < 0 || atX >= width || atY >= height)
-            return;
-        uint16_t &sample = gmask[int64_t(atY) * width + atX];
-        if (sample == boundary || sample == replacement)
-            return;
-        sample = replacement;
-        stack.push(atX, atY);
-    };
-    claim(x, y);
-    while (!stack.empty()) {
-        if (stack.full())
-            return false;
-        stack.pop(&x, &y);
-        claim(x, y - 1);
-        claim(x - 1, y);
-        claim(x + 1, y);
-        claim(x, y + 1);
-    }
-    return true;
+    FloodStack stack(width, height);
+    return floodFill(gmask, width, height, x, y, boundary, replacement, &stack);
 }
