@@ -87,6 +87,14 @@ const Console::Command Console::kCommands[] = {
     {".fill", "R G B A", 4, 4, true, &Console::fill},
     {".poke", "X Y R G B A", 6, 6, true, &Console::poke},
     {".mask", "X Y V", 3, 3, true, &Console::mask},
+    {".rect", "L T R B", 4, 4, true, &Console::rect},
+    {".ellipse", "XC YC XR YR", 4, 4, true, &Console::ellipse},
+    {".rellipse", "L T R B", 4, 4, true, &Console::rellipse},
+    {".entire", "", 0, 0, true, &Console::entire},
+    {".wand", "X Y TOL", 3, 3, true, &Console::wand},
+    {".polygon", "X1 Y1 X2 Y2...", 2, -1, true, &Console::polygon},
+    {".spline", "X1 Y1 X2 Y2...", 2, -1, true, &Console::spline},
+    {".smooth", "RADIUS AMOUNT", 2, 2, true, &Console::smooth},
     {".load", "IMAGE", 1, -1, false, &Console::load},
     {".save", "PATH", 1, -1, true, &Console::save},
     {".origin", "[IMAGE]", 0, -1, false, &Console::origin},
@@ -217,16 +225,30 @@ bool Console::runStatement(const QString &statement)
     return true;
 }
 
+bool Console::readWhole(const QString &text, const char *what, int low, int high, int *value)
+{
+    return readNumber(text, low, high, value) ||
+           fail(QStringLiteral("%1 is %2 to %3, not ").arg(QLatin1String(what)).arg(low).arg(high) +
+                quoted(text));
+}
+
+bool Console::readReal(const QString &text, const char *what, double low, double high,
+                       double *value)
+{
+    bool ok = false;
+    *value = text.toDouble(&ok); // in the C locale
+    return (ok && *value >= low && *value <= high) ||
+           fail(QStringLiteral("%1 is %2 to %3, not ").arg(QLatin1String(what)).arg(low).arg(high) +
+                quoted(text));
+}
+
 bool Console::readPlace(const QStringList &arguments, int64_t *index)
 {
     const image *img = session->current();
     int x = 0, y = 0;
-    if (!readNumber(arguments[0], 0, img->width - 1, &x))
-        return fail(QStringLiteral("X is 0 to %1, not ").arg(img->width - 1) +
-                    quoted(arguments[0]));
-    if (!readNumber(arguments[1], 0, img->height - 1, &y))
-        return fail(QStringLiteral("Y is 0 to %1, not ").arg(img->height - 1) +
-                    quoted(arguments[1]));
+    if (!readWhole(arguments[0], "X", 0, img->width - 1, &x) ||
+        !readWhole(arguments[1], "Y", 0, img->height - 1, &y))
+        return false;
     *index = int64_t(y) * img->width + x;
     return true;
 }

@@ -8,6 +8,8 @@
 #include <QStringList>
 
 class Session;
+class image;
+struct AreaPoint;
 
 /// The console of --interactive: reads commands and statements line by line and answers
 /// each in order, flushed after every line.
@@ -62,6 +64,25 @@ private:
     bool chooseLayer(const QStringList &arguments);
     bool composeStack(const QStringList &arguments);
 
+    // In console_area.cpp
+    bool rect(const QStringList &arguments);
+    bool ellipse(const QStringList &arguments);
+    bool rellipse(const QStringList &arguments);
+    bool entire(const QStringList &arguments);
+    bool wand(const QStringList &arguments);
+    bool polygon(const QStringList &arguments);
+    bool spline(const QStringList &arguments);
+    bool smooth(const QStringList &arguments);
+    /// Makes a selection of the current image; says why there is none.
+    template <class Select>
+    bool select(const Select &produce);
+    bool selectFigure(AreaPoint closing, bool (*produce)(image *, bool));
+    bool readBox(const QStringList &arguments, int *box);
+    bool readCorners(const QStringList &arguments);
+
+    /// Reads a number of that range; says what `what` may be if it is none.
+    bool readWhole(const QString &text, const char *what, int low, int high, int *value);
+    bool readReal(const QString &text, const char *what, double low, double high, double *value);
     /// Reads x and y as the place of a sample of the current image.
     bool readPlace(const QStringList &arguments, int64_t *index);
     bool readSamples(const QStringList &arguments, int first, uint16_t *samples);

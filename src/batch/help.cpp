@@ -46,6 +46,17 @@ Commands of -i, each answered on standard output
   .fill R G B A         set every pixel; no undo
   .poke X Y R G B A     set one pixel; no undo
   .mask X Y V           set one sample of the area mask
+  .rect L T R B         select a rectangle; of inclusive corners, in any order
+  .ellipse XC YC XR YR  select an ellipse by its centre and radii
+  .rellipse L T R B     select the ellipse in that rectangle
+  .entire               select everything
+  .wand X Y TOL         select what has the colour of that sample, within a tolerance of
+                        0 to 100
+  .polygon X1 Y1 X2 Y2...
+                        select a polygon
+  .spline X1 Y1 X2 Y2...
+                        select what a curve through these points encloses
+  .smooth RADIUS AMOUNT smooth the selection's edge: 1 to 200 samples, amount 1 for all
   .origin [IMAGE]       assign the origin image, or clear it
   .brush [IMAGE]        assign the brush image, or clear it
   .set KEY VALUE        as --set

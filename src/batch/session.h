@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "area/areastate.h"
 #include "batch/batchworkspace.h"
 #include "batch/options.h"
 #include "operators/base/operatortable.h"
@@ -57,6 +58,7 @@ private:
 
     Messages *messages;
     BatchWorkspace space; // first of what follows: images and operators ask it
+    AreaState area;       ///< which the area commands find by areaState()
     colorblending blending;
     OperatorTable table;
     image *currentImage = nullptr; ///< owned: an atomic image or a master
