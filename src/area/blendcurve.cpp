@@ -2,6 +2,7 @@
 #include "area/blendcurve.h"
 
 #include "area/blendcurve_kernels.h"
+#include "area/rescale_inline.h"
 #include "core/image.h"
 #include "core/memory.h"
 #include "core/rows.h"
@@ -172,6 +173,13 @@ bool dmask::createmask(const image *source)
             factorRow(y, 0, width, mask + size_t(y) * size_t(width));
     });
     return true;
+}
+
+void dmask::rescale(const dmask *source, dmask *target)
+{
+    if (source && target && source->mask && target->mask && source != target)
+        rescalePlane(source->mask, source->width, source->height, target->mask, target->width,
+                     target->height);
 }
 
 void diffuseMask(image *source)

@@ -28,6 +28,10 @@ public:
     /// curve that does not exist, an empty mask, no image or no memory).
     bool createmask(const image *source);
 
+    /// Bilinear scale of the factors of one into another of any size; nothing if either is
+    /// null or has none.
+    static void rescale(const dmask *source, dmask *target);
+
     /// The part of createmask that makes no array: box, profiles and centre, after which
     /// factorRow knows every factor. False as in createmask.
     bool prepare(const image *source);

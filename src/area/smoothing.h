@@ -7,8 +7,9 @@
 
 class image;
 
-/// Taps of the smoothing for a radius of 1 up: element i + radius weighs what lies i samples
-/// away; the sum is 1. False if memory is short or the radius is below 1.
+constexpr int kMostSmoothingRadius = 200;
+
+/// Taps of the smoothing: element i + radius weighs what lies i samples away; the sum is 1.
 class SmoothingKernel
 {
 public:
@@ -17,7 +18,8 @@ public:
     SmoothingKernel(const SmoothingKernel &) = delete;
     SmoothingKernel &operator=(const SmoothingKernel &) = delete;
 
-    /// exp(-(i * i) / radius) / (radius * pi), divided by the sum.
+    /// exp(-(i * i) / radius) / (radius * pi), divided by the sum. False, and without taps, if
+    /// memory is short or the radius is not 1 to kMostSmoothingRadius.
     bool twoGet(int newRadius);
 
     double *taps = nullptr; ///< 2 * radius + 1, tracked
