@@ -144,12 +144,10 @@ MainWindow::~MainWindow()
     upfree(&colorSpaceBackup);
     upfree(&colorSpace);
     upfree(&inotePolyList);
-    upfree(&polyList);
 }
 
 void MainWindow::allocateTables()
 {
-    ucalloc(&polyList, kPolyPoints, 8, "primary poly list");
     ucalloc(&inotePolyList, kPolyPoints, 8, "inote poly list");
 }
 

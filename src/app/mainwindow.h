@@ -4,6 +4,7 @@
 #include "app/filebag.h"
 #include "app/menustates.h"
 #include "app/recentlist.h"
+#include "area/areastate.h"
 #include "core/workspace.h"
 #include "formats/gif.h"
 #include "operators/pipeline/colorblending.h"
@@ -101,6 +102,10 @@ public:
     void updateMenus() override;
     void refreshOperatorSource() override;
     void operate() override;
+    QString toggleToolAntialias() override;
+    void chooseTool(int tool) override;
+    bool askNumericRectangle(imgWindow *window) override;
+    void shapeChanged() override;
     bool globalKey(QKeyEvent *event) override;
     bool hostCommand(imgWindow *window, int number) override;
     void openRecentFile(int position) override;
@@ -168,6 +173,47 @@ public slots:
     void on_actionSoft_Dissolve_triggered();
     void on_actionForeground_Color_triggered();
     void on_actionBackground_Color_triggered();
+    void on_rectangle_clicked();
+    void on_xyrect_clicked();
+    void on_ellipse_clicked();
+    void on_entire_clicked();
+    void on_magglass_clicked();
+    void on_polygon_clicked();
+    void on_pencil_clicked();
+    void on_redo_clicked();
+    void on_wand_clicked();
+    void on_polyspline_clicked();
+    void on_pshape_clicked();
+    void on_textTool_clicked();
+    void on_toolButton_clicked();
+    void on_malpha_clicked(bool on);
+    void toggleInvertSelections();
+    void toggleOpenFigure();
+    void toggleFilledFigure();
+    void toggleOutlineObject();
+    void toggleSelectMode();
+    void on_actionAntialias_triggered();
+    void on_actionGlobal_Pick_triggered(bool on);
+    void on_actionMarching_Outline_triggered(bool on);
+    void on_actionSelection_Color_triggered();
+    void on_actionDash_Length_triggered();
+    void on_actionWand_Tolerance_triggered();
+    void on_actionGuide_Settings_triggered();
+    void on_actionOutline_Settings_triggered();
+    void on_actionAntialias_Settings_triggered();
+    void on_actionBlend_triggered();
+    void on_actionP_Shape_Controller_triggered();
+    void on_actionConvert_to_P_Shape_triggered();
+    void on_actionSave_P_Shape_triggered();
+    void on_actionLoad_P_Shape_triggered();
+    void on_actionDelete_Selection_triggered();
+    void on_actionSelect_Alpha_triggered();
+    void on_actionSelect_Luma_triggered();
+    void on_actionGrow_Selection_triggered();
+    void on_actionShrink_Selection_triggered();
+    void on_actionFeather_Selection_triggered();
+    void on_actionSave_Selection_triggered();
+    void on_actionLoad_Selection_triggered();
     void on_operate_clicked();
     void on_imageList_imagePicked(image *img);
     /// An entry of the list of open images.
@@ -209,6 +255,19 @@ private:
     void collectTools();
     void showToolMenu(int tool, QPoint where);
     void applyToolIcons();
+
+    // mainwindow_area.cpp: the area tools and their settings
+    void collectAreaTools();
+    void syncAreaTools();
+    void takeTool(int tool);
+    void showShapeMenu();
+    void showWandMenu();
+    void flip(bool *flag, const QString &on, const QString &off);
+
+    // mainwindow_select.cpp: acts on the whole selection, shapes
+    image *selectedImage() const;
+    void changeSelectionBy(const QString &title, const QString &explanation, int *samples, int most,
+                           bool (*act)(image *, int));
 
     void sendKey(int key, Qt::KeyboardModifiers modifiers);
     void sendCommand(int number);
@@ -271,6 +330,7 @@ private:
     QPointer<QProgressDialog> progressDialog;
     QActionGroup *blendGroup = nullptr;
     QActionGroup *operatorGroup = nullptr;
+    QActionGroup *areaGroup = nullptr;
 
     QTimer timerOne, timerTwo;
     uint64_t tick = 0;
@@ -282,7 +342,6 @@ private:
     bool cancelled = false;
     bool areaStale = true;
 
-    void *polyList = nullptr;
     void *inotePolyList = nullptr;
     void *colorSpace = nullptr;
     void *colorSpaceBackup = nullptr;
@@ -290,11 +349,16 @@ private:
     FileBag scriptPresetsFileBag, imageFileBag, kbdConfigFileBag, animFileBag, scriptFileBag,
         saveFileBag, paletteFileBag, scriptColorsFileBag, convolutionsFileBag, jsonFileBag,
         gerberFileBag, padsFileBag, jsonPalFileBag, jsonPShapeFileBag, curvesFileBag, rangeFileBag,
-        customIconsFileBag, settingsFileBag;
+        customIconsFileBag, settingsFileBag, maskFileBag;
     RecentList recentFiles{QStringLiteral("recentFiles")};
     GifAnimation animation; ///< as it was last exported in this run
     Recovery *recovery = nullptr;
     QPointer<Notations> notationsDialog;
+    AreaState areaTools;
+    QPointer<QDialog> transSetter, guideSettings, outlineMode, antialiasSettings, shapeController,
+        textGenerator;
+    int growth = 5, feather = 5; ///< samples, as last given
+    int maskDepth = 1;           ///< of a saved selection: 0 is 8 bits, 1 is 16
     bool recoveryOffered = false;
     MenuStates menuStates;
     QList<QPair<QAction *, const bool *>> toggles;

@@ -167,7 +167,7 @@ void MainWindow::on_operate_clicked()
     if (!img)
         return;
     if (img->kind != 1 && !invertSelection && !img->anyMaskSet())
-        statusText(img == window->img ? tr("Nothing selected (F1 selects all)")
+        statusText(img == window->img ? tr("Nothing selected (Ctrl+A selects all)")
                                       : tr("Nothing selected in the target layer"));
     // Disabling the button that was pressed would hand the keyboard to its neighbour.
     const QPointer<QWidget> focused = QApplication::focusWidget();

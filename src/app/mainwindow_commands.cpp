@@ -34,6 +34,24 @@ constexpr HostCommand kHostCommands[] = {
     {kCommandOperators, &MainWindow::on_actionShow_Operators_triggered},
     {kCommandCloseAll, &MainWindow::on_actionClose_All_triggered},
     {kCommandQuit, &MainWindow::on_actionQuit_triggered},
+    {kCommandToolRectangle, &MainWindow::on_rectangle_clicked},
+    {kCommandToolNumericRectangle, &MainWindow::on_xyrect_clicked},
+    {kCommandToolEllipse, &MainWindow::on_ellipse_clicked},
+    {kCommandToolEntire, &MainWindow::on_entire_clicked},
+    {kCommandToolMagnify, &MainWindow::on_magglass_clicked},
+    {kCommandToolPolygon, &MainWindow::on_polygon_clicked},
+    {kCommandToolPencil, &MainWindow::on_pencil_clicked},
+    {kCommandToolRedo, &MainWindow::on_redo_clicked},
+    {kCommandToolWand, &MainWindow::on_wand_clicked},
+    {kCommandToolPolyspline, &MainWindow::on_polyspline_clicked},
+    {kCommandToolPShape, &MainWindow::on_pshape_clicked},
+    {kCommandToolText, &MainWindow::on_textTool_clicked},
+    {kCommandBlending, &MainWindow::on_actionBlend_triggered},
+    {kCommandInvertSelections, &MainWindow::toggleInvertSelections},
+    {kCommandOpenFigure, &MainWindow::toggleOpenFigure},
+    {kCommandFilledFigure, &MainWindow::toggleFilledFigure},
+    {kCommandOutlineObject, &MainWindow::toggleOutlineObject},
+    {kCommandSelectMode, &MainWindow::toggleSelectMode},
 };
 
 /// Mixes the origin's samples into an image of its size, by the selection.
@@ -76,7 +94,7 @@ void MainWindow::on_actionRestore_from_Origin_triggered()
         return;
     }
     if (!img->anyMaskSet()) {
-        statusText(tr("Nothing selected (F1 selects all)"));
+        statusText(tr("Nothing selected (Ctrl+A selects all)"));
         return;
     }
     beginAct(img);

@@ -117,6 +117,7 @@ void MainWindow::nameFileBags()
         {rangeFileBag, "rangeFileBag", tr("Ranges (*.rng)")},
         {customIconsFileBag, "customIconsFileBag", tr("Icons (*.png)")},
         {settingsFileBag, "settingsFileBag", tr("Settings (*.ini)")},
+        {maskFileBag, "maskFileBag", tr("Grey pictures (*.png)")},
     };
     for (const auto &name : names) {
         name.bag.key = QLatin1String(name.key);
@@ -131,7 +132,7 @@ std::vector<FileBag *> MainWindow::fileBags()
             &scriptFileBag,        &saveFileBag,       &paletteFileBag,   &scriptColorsFileBag,
             &convolutionsFileBag,  &jsonFileBag,       &gerberFileBag,    &padsFileBag,
             &jsonPalFileBag,       &jsonPShapeFileBag, &curvesFileBag,    &rangeFileBag,
-            &customIconsFileBag,   &settingsFileBag};
+            &customIconsFileBag,   &settingsFileBag,   &maskFileBag};
 }
 
 image *MainWindow::loadFile(const QString &path)

@@ -52,6 +52,7 @@ void MainWindow::buildMenus()
     showKeysInMenus();
     collectToggles();
     collectTools();
+    collectAreaTools();
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this]() {
         clipboardFull = clipboardHasPicture();
         updateEnabledStates();
@@ -174,6 +175,13 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
 
 bool MainWindow::globalKey(QKeyEvent *event)
 {
+    // The function keys of the area tools work above the operator dialog too.
+    const int number = keyTable().command(event->key(), event->modifiers());
+    if (event->key() >= Qt::Key_F1 && event->key() <= Qt::Key_F35 &&
+        number >= kCommandToolRectangle && number <= kCommandMagnifyOnce) {
+        sendCommand(number);
+        return true;
+    }
     const QKeySequence keys(event->key() | int(event->modifiers() & ~Qt::KeypadModifier));
     const auto actions = findChildren<QAction *>();
     for (QAction *action : actions)
@@ -234,6 +242,7 @@ void MainWindow::syncToggles()
 {
     for (const auto &[action, on] : qAsConst(toggles))
         setCheckedIfOther(action, *on);
+    syncAreaTools();
     for (QAction *action : operatorGroup->actions())
         setCheckedIfOther(action, action->data().toInt() == table->currentOp);
 }

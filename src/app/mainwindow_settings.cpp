@@ -34,7 +34,9 @@ const QStringList kSeenInWindows = {
     QStringLiteral("rulerUnit"),       QStringLiteral("snapGridX"),
     QStringLiteral("snapGridY"),       QStringLiteral("snapOffsetX"),
     QStringLiteral("snapOffsetY"),     QStringLiteral("snapGridShown"),
-    QStringLiteral("guidesShown"),     QStringLiteral("showNotations")};
+    QStringLiteral("guidesShown"),     QStringLiteral("showNotations"),
+    QStringLiteral("dashLength"),      QStringLiteral("aSelectColor"),
+    QStringLiteral("marchingOutline")};
 } // namespace
 
 void MainWindow::loadKeys()

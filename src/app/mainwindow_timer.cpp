@@ -36,6 +36,7 @@ void MainWindow::OnTimer()
 void MainWindow::OnTimerTwo()
 {
     ++tick;
+    areaTools.tick = tick;
 }
 
 /// A ray tracer works beside the program: its picture may come at any time.

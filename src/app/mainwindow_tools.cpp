@@ -81,8 +81,6 @@ void MainWindow::showToolMenu(int tool, QPoint where)
 void MainWindow::applyToolIcons()
 {
     const QSize side(toolIconSize, toolIconSize);
-    ui->toolBar->setIconSize(side);
-    ui->viewBar->setIconSize(side);
     const bool own = customIcons.size() == kTools;
     for (int i = 0; i < toolButtons.size(); ++i) {
         QString error; // a file that went away gives the button its own icon back
@@ -90,7 +88,11 @@ void MainWindow::applyToolIcons()
             own && !customIcons.at(i).isEmpty() ? readToolIcon(customIcons.at(i), &error) : QIcon();
         toolButtons.at(i)->defaultAction()->setIcon(custom.isNull() ? toolIcons.at(i) : custom);
     }
-    const int needed = std::max(ui->toolBar->sizeHint().width(), ui->viewBar->sizeHint().width());
+    int needed = 0;
+    for (QToolBar *bar : {ui->toolBar, ui->viewBar, ui->areaBar, ui->areaModeBar}) {
+        bar->setIconSize(side);
+        needed = std::max(needed, bar->sizeHint().width());
+    }
     if (width() < needed) // a resize for nothing would shift the window by its frame
         resize(needed, height());
 }
