@@ -5,9 +5,6 @@
 
 class PShape;
 
-/// Files of one shape, as docs/file-formats.md describes them.
-constexpr const char *kPShapeExtension = ".pshape";
-
 /// Writes the remembered shape, named for its file. False with a reason, and an old file as
 /// it was, if there is no such shape or it could not be written.
 bool savePShape(const QString &path, const PShape &shape, QString *error);
