@@ -1,39 +1,144 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "area/producers.h"
 
-bool rectSelect(image *, int, int, int, int, bool, bool)
+#include "area/areatools.h"
+#include "area/numbers.h"
+#include "area/polygon.h"
+#include "core/image.h"
+#include "core/rows.h"
+#include "core/workspace.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
 {
-    return false;
+constexpr double kLongestCircumference = 256000.0;
+
+/// Where a side from `from` ends if it is `length` long and goes towards `to`.
+int sideEnd(int from, int to, int64_t length)
+{
+    return truncatedSample(to < from ? double(from - length) : double(from + length));
 }
-bool ellipseSelect(image *, double, double, double, double, bool, bool)
+
+/// The corners of a rectangle, the first one again at the end.
+bool selectCorners(image *img, int left, int top, int right, int bottom, bool clear)
 {
-    return false;
+    const AreaPoint corners[] = {
+        {left, top}, {right, top}, {right, bottom}, {left, bottom}, {left, top}};
+    return polySelect(img, corners, 5, clear);
 }
-bool ellipseInBox(image *, int, int, int, int, bool)
+} // namespace
+
+bool rectSelect(image *img, int x1, int y1, int x2, int y2, bool square, bool clear)
 {
-    return false;
+    if (square) {
+        const int64_t side = std::max(std::llabs(int64_t(x2) - x1), std::llabs(int64_t(y2) - y1));
+        x2 = sideEnd(x1, x2, side);
+        y2 = sideEnd(y1, y2, side);
+    }
+    const auto [left, right] = std::minmax(x1, x2);
+    const auto [top, bottom] = std::minmax(y1, y2);
+    AreaState *const shared = areaState();
+    if (shared && workspace()->toolSelect == kToolRectangle) {
+        shared->rectLeft = left;
+        shared->rectTop = top;
+        shared->rectRight = right;
+        shared->rectBottom = bottom;
+        shared->rectKnown = true;
+    }
+    return selectCorners(img, left, top, right, bottom, clear);
 }
-bool entireSelect(image *, bool)
+
+bool ellipseSelect(image *img, double centerX, double centerY, double radiusX, double radiusY,
+                   bool circle, bool clear)
 {
-    return false;
+    AreaState *const shared = areaState();
+    if (!shared || !shared->points || !std::isfinite(centerX + centerY + radiusX + radiusY))
+        return false;
+    radiusX = std::fabs(radiusX);
+    radiusY = std::fabs(radiusY);
+    if (circle)
+        radiusX = radiusY = std::sqrt(radiusX * radiusX + radiusY * radiusY);
+    const double circumference = 2 * M_PI * std::max(radiusX, radiusY);
+    if (circumference > kLongestCircumference)
+        return false;
+    // About one sample of the longer radius's circle; infinite, so a single point, without one.
+    const double step = 2 * M_PI / circumference;
+    int count = 0;
+    for (double a = 0.0; a < 2 * M_PI && count < kPointEntries; a += step) {
+        const AreaPoint at = {truncatedSample(centerX + radiusX * std::cos(a) + 0.5),
+                              truncatedSample(centerY + radiusY * std::sin(a) + 0.5)};
+        if (count == 0 || at != shared->points[count - 1])
+            shared->points[count++] = at;
+    }
+    shared->pointCount = count;
+    return polySelect(img, nullptr, 0, clear);
 }
-bool splineSelect(image *, bool)
+
+bool ellipseInBox(image *img, int x1, int y1, int x2, int y2, bool clear)
 {
-    return false;
+    // Points are rounded to the nearest sample, so an ellipse about the middle of the box with
+    // half of the distance between its outer samples as radius reaches these samples and no
+    // further. None of its points lies further from an extreme than half a step, which is less
+    // than the half sample that rounding gives back.
+    const double middleX = (double(x1) + x2) / 2, middleY = (double(y1) + y2) / 2;
+    return ellipseSelect(img, middleX, middleY, (double(x2) - x1) / 2, (double(y2) - y1) / 2, false,
+                         clear);
 }
-CurvePoints splinePoints(const AreaPoint *, int)
+
+bool entireSelect(image *img, bool clear)
 {
-    return {};
+    if (!img)
+        return polySelect(img, nullptr, 0, clear); // which says so
+    const bool selected = selectCorners(img, 0, 0, img->width - 1, img->height - 1, clear);
+    if (selected && workspace()->mainOpIndex == kOpCenterSelection) {
+        img->xCenter = img->width / 2;
+        img->yCenter = img->height / 2;
+    }
+    return selected;
 }
-bool polygonSelect(image *, bool)
+
+bool polygonSelect(image *img, bool clear)
 {
-    return false;
+    return polySelect(img, nullptr, 0, clear);
 }
-bool pshapeSelect(image *, bool)
+
+bool pshapeSelect(image *img, bool clear)
 {
-    return false;
+    AreaState *const shared = areaState();
+    if (!shared || !shared->points || !shared->shape.usable())
+        return false;
+    const PShape &shape = shared->shape;
+    shared->pointCount = std::min(shape.drawnCount(), kPointEntries);
+    for (int i = 0; i < shared->pointCount; ++i) {
+        const ShapePoint at = shape.placed(i);
+        shared->points[i] = {truncatedSample(at.x), truncatedSample(at.y)};
+    }
+    bool &openFigure = workspace()->openFigure;
+    const bool usual = std::exchange(openFigure, shape.closed);
+    const bool selected = polySelect(img, nullptr, 0, clear);
+    openFigure = usual;
+    return selected;
 }
-bool redoSelect(image *)
+
+bool redoSelect(image *img)
 {
-    return false;
+    const AreaState *const shared = areaState();
+    if (!img || !img->gmask || !shared || shared->savedSelection.empty())
+        return false;
+    const Mask *source = &shared->savedSelection;
+    Mask scaled;
+    if (source->width != img->width || source->height != img->height) {
+        if (!scaled.init(img->width, img->height))
+            return false;
+        Mask::rescale(source, &scaled);
+        source = &scaled;
+    }
+    const int width = img->width;
+    parallelRows(img->height, width, [=](int first, int end) {
+        std::copy(source->mask + int64_t(first) * width, source->mask + int64_t(end) * width,
+                  img->gmask + int64_t(first) * width);
+    });
+    return true;
 }

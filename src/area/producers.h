@@ -19,13 +19,15 @@ bool rectSelect(image *img, int x1, int y1, int x2, int y2, bool square, bool cl
 /// if the circumference of the larger radius is above 256000.
 bool ellipseSelect(image *img, double centerX, double centerY, double radiusX, double radiusY,
                    bool circle, bool clear = true);
-/// The same from the box of inclusive corners, in any order.
+/// The same from the box of inclusive corners, in any order, which it touches on all sides.
 bool ellipseInBox(image *img, int x1, int y1, int x2, int y2, bool clear = true);
 bool entireSelect(image *img, bool clear = true);
 /// The curve through the points of the shared list.
 bool splineSelect(image *img, bool clear = true);
-/// The points of that curve, as splineSelect draws it; `count` points, the last of which
-/// repeats the first unless the setting openFigure is on. Null if there is nothing to draw.
+/// The points of that curve, as splineSelect draws it. The last knot is to repeat the first one,
+/// or, with the setting openFigure, the one before it; the points of a closed curve go round
+/// once and a little further, over the same way. None without knots, without memory, or if the
+/// curve is longer than some 10 million samples.
 struct CurvePoints {
     AreaPoint *points = nullptr; ///< tracked
     int count = 0;
