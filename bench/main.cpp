@@ -11,6 +11,8 @@ void registerNativeBenchmarks();
 void registerOperatorBenchmarks();
 void registerViewBenchmarks();
 void registerFormatBenchmarks();
+void registerAreaMaskBenchmarks();
+void registerAreaFigureBenchmarks();
 
 int main(int argc, char **argv)
 {
@@ -23,6 +25,8 @@ int main(int argc, char **argv)
     registerOperatorBenchmarks();
     registerViewBenchmarks();
     registerFormatBenchmarks();
+    registerAreaMaskBenchmarks();
+    registerAreaFigureBenchmarks();
     registerNativeBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     return 0;

@@ -126,7 +126,7 @@ class Smoother
 public:
     Smoother(const Line &taps, int planeWidth, int planeHeight, double share)
         : across(taps), down(taps.turned(planeWidth)), width(planeWidth), height(planeHeight),
-          amount(share), wholeWeight(taps.wholeWeight())
+          amount(share), wholeWeight(taps.wholeWeight()), snap(snapRule())
     {
         const int radius = taps.radius();
         firstInner = std::min(radius, width);
@@ -247,12 +247,27 @@ private:
     {
         uint16_t sums[kBlock];
         down.weigh(from, y, height, count, sums);
-        KERNEL_DISPATCH(mixWords, mix, sums, count, words);
+        if (mix.amount == 1.0 && mix.divisor == wholeWeight)
+            KERNEL_DISPATCH(snapWords, snap, sums, count, words);
+        else
+            KERNEL_DISPATCH(mixWords, mix, sums, count, words);
+    }
+
+    /// What a sum comes to without the old word, see innerWords, by its words at the limits.
+    SmoothSnap snapRule() const
+    {
+        const SmoothMix mix = {wholeWeight, 1.0};
+        const uint16_t sums[] = {8, 65527};
+        uint16_t words[] = {0, 0};
+        KERNEL_DISPATCH(mixWords, mix, sums, 2, words);
+        return {uint16_t(words[0] ? 8 : 9), uint16_t(words[1] == 65535 ? 65527 : 65528),
+                uint16_t(wholeWeight > 1.0)};
     }
 
     Line across, down;
     int width, height, firstInner, endInner;
     double amount, wholeWeight;
+    SmoothSnap snap;
     std::array<double, 2 * kMostSmoothingRadius> outerWeights{};
 };
 } // namespace

@@ -3,6 +3,19 @@
 
 #include "core/colour.h"
 
+#ifdef __SSE2__
+#ifndef __clang__
+// GCC 12 takes the undefined lanes inside its own wide conversions for a mistake of ours.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+#ifndef __clang__
+#pragma GCC diagnostic pop
+#endif
+#endif
+
 namespace KERNEL_NAMESPACE
 {
 namespace
@@ -11,25 +24,69 @@ constexpr int kBlock = 64; // words whose sums stay in registers
 constexpr int kChunk = 256;
 constexpr double kSnapToFull = 65527.0, kSnapToNone = 8.0;
 
-/// The upper half of word * weight, in words of 16 bits only: eight or sixteen of them fit
-/// a register. The taps of one sum weigh 1 together, so the sums fit too.
-KESTRANE_ALWAYS_INLINE void weigh(const uint16_t *source, const FixedTap *taps, int tapCount,
-                                  int count, uint16_t *sums)
+/// As many words as a register holds. The compiler's own code for their products takes many
+/// times the time.
+#if defined(__AVX512BW__)
+using Words = uint16_t __attribute__((vector_size(64)));
+KESTRANE_ALWAYS_INLINE Words upperProduct(Words a, Words b)
 {
-    uint16_t sum[kBlock] = {};
+    return Words(_mm512_mulhi_epu16(__m512i(a), __m512i(b)));
+}
+#elif defined(__AVX2__)
+using Words = uint16_t __attribute__((vector_size(32)));
+KESTRANE_ALWAYS_INLINE Words upperProduct(Words a, Words b)
+{
+    return Words(_mm256_mulhi_epu16(__m256i(a), __m256i(b)));
+}
+#elif defined(__SSE2__)
+using Words = uint16_t __attribute__((vector_size(16)));
+KESTRANE_ALWAYS_INLINE Words upperProduct(Words a, Words b)
+{
+    return Words(_mm_mulhi_epu16(__m128i(a), __m128i(b)));
+}
+#else
+using Words = uint16_t __attribute__((vector_size(16)));
+KESTRANE_ALWAYS_INLINE Words upperProduct(Words a, Words b)
+{
+    for (unsigned i = 0; i < sizeof(Words) / sizeof(uint16_t); ++i)
+        a[i] = uint16_t(uint32_t(a[i]) * b[i] >> 16);
+    return a;
+}
+#endif
+constexpr int kLanes = sizeof(Words) / sizeof(uint16_t);
+
+/// The sums for a whole block. The upper half of word * weight is made of products of 16
+/// bits; each tap counts a carry from the lower half, and takes it back where there is none.
+/// The taps of one sum weigh 1 together, so the sums fit 16 bits.
+KESTRANE_ALWAYS_INLINE void weighBlock(const uint16_t *source, const FixedTap *taps, int tapCount,
+                                       uint16_t *sums)
+{
+    Words sum[kBlock / kLanes];
+    for (Words &lanes : sum)
+        lanes = Words{} + uint16_t(tapCount);
     for (int t = 0; t < tapCount; ++t) {
-        const uint16_t *const from = source + taps[t].offset;
-        const uint16_t high = uint16_t(taps[t].weight >> 16), low = uint16_t(taps[t].weight);
-        for (int x = 0; x < count; ++x) {
-            const uint16_t whole = uint16_t(uint32_t(from[x]) * high >> 16);
-            const uint16_t part = uint16_t(from[x] * high);
-            const uint16_t rest = uint16_t(uint32_t(from[x]) * low >> 16);
-            const bool carry = uint16_t(part + rest) < part;
-            sum[x] = uint16_t(sum[x] + whole + carry);
+        const uint16_t *from = source + taps[t].offset;
+        const Words high = Words{} + uint16_t(taps[t].weight >> 16);
+        const Words low = Words{} + uint16_t(taps[t].weight);
+        for (Words &lanes : sum) {
+            Words word;
+            __builtin_memcpy(&word, from, sizeof word);
+            from += kLanes;
+            const Words part = word * high;
+            const Words noCarry = Words(part + upperProduct(word, low) >= part);
+            lanes += upperProduct(word, high) + noCarry;
         }
     }
-    for (int x = 0; x < count; ++x)
-        sums[x] = sum[x];
+    __builtin_memcpy(sums, sum, sizeof sum);
+}
+
+/// The sum for one word.
+KESTRANE_ALWAYS_INLINE uint16_t weighOne(const uint16_t *source, const FixedTap *taps, int tapCount)
+{
+    uint32_t sum = 0;
+    for (int t = 0; t < tapCount; ++t)
+        sum += uint32_t(uint64_t(source[taps[t].offset]) * taps[t].weight >> 32);
+    return uint16_t(sum);
 }
 } // namespace
 
@@ -38,9 +95,9 @@ void weighWords(const uint16_t *source, const FixedTap *taps, int tapCount, int 
 {
     int x = 0;
     for (; x + kBlock <= count; x += kBlock)
-        weigh(source + x, taps, tapCount, kBlock, sums + x);
-    if (x < count)
-        weigh(source + x, taps, tapCount, count - x, sums + x);
+        weighBlock(source + x, taps, tapCount, sums + x);
+    for (; x < count; ++x)
+        sums[x] = weighOne(source + x, taps, tapCount);
 }
 
 void mixWords(const SmoothMix &mix, const uint16_t *sums, int count, uint16_t *words)
@@ -50,6 +107,15 @@ void mixWords(const SmoothMix &mix, const uint16_t *sums, int count, uint16_t *w
         const double v = int(sums[x]) / divisor * amount + rest * int(words[x]);
         const double kept = v > kSnapToFull ? 65535.0 : v >= kSnapToNone ? v : 0.0;
         words[x] = uint16_t(int(kept));
+    }
+}
+
+void snapWords(const SmoothSnap &snap, const uint16_t *sums, int count, uint16_t *words)
+{
+    const uint16_t firstKept = snap.firstKept, firstFull = snap.firstFull, less = snap.less;
+    for (int x = 0; x < count; ++x) {
+        const uint16_t kept = sums[x] < firstKept ? 0 : uint16_t(sums[x] - less);
+        words[x] = sums[x] >= firstFull ? 65535 : kept;
     }
 }
 
