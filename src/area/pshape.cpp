@@ -44,7 +44,8 @@ PShape::~PShape()
     upfree(&lastpolylist);
 }
 
-void PShape::remember(const AreaPoint *pts, int pointCount, const QString &kindName, bool isClosed)
+void PShape::remember(const AreaPoint *pts, int pointCount, const QString &kindName,
+                      bool openFigure)
 {
     if (!pts || !fits(pointCount) || !makeRoom(&lastpolylist, "pshape lastpolylist"))
         return;
@@ -60,7 +61,7 @@ void PShape::remember(const AreaPoint *pts, int pointCount, const QString &kindN
         lastpolylist[i] = {(pts[i].x - middleX) / lastBaseWidth,
                            (pts[i].y - middleY) / lastBaseHeight};
     lastCount = pointCount;
-    lastClosed = isClosed;
+    lastClosed = openFigure;
     kind = kindName;
     setRotation(0.0);
 }

@@ -27,16 +27,17 @@ public:
     PShape &operator=(const PShape &) = delete;
 
     /// Takes a figure over as the remembered shape, normalised to about -0.5 to 0.5 on both
-    /// axes, and resets the rotation. `kind` is how the status line calls it ("Polygonal").
+    /// axes, and resets the rotation. `kindName` is how the status line calls it ("Polygonal");
+    /// `openFigure` is the setting as it drew the figure.
     /// A figure without points, or with more than kShapeEntries, is not remembered.
-    void remember(const AreaPoint *pts, int pointCount, const QString &kind, bool isClosed);
+    void remember(const AreaPoint *pts, int pointCount, const QString &kindName, bool openFigure);
     /// Makes the remembered shape the current one. False if there is none or memory is short.
     bool convert();
     /// What a current shape is besides its points.
     struct Form {
         QString name;
         double baseWidth = 1.0, baseHeight = 1.0; ///< of the figure, in samples
-        bool closed = true;
+        bool closed = false;
     };
     /// Makes normalised points the current shape, unturned. False as for convert.
     bool setCurrent(const ShapePoint *pts, int pointCount, const Form &form);
@@ -46,7 +47,7 @@ public:
     /// Where entry `index` (below count) of the current shape lies for the present scale,
     /// centre and rotation, the first two in whatever units the caller set.
     ShapePoint placed(int index) const;
-    /// Entries to draw: the last one is left out when the shape is closed.
+    /// Entries that a line through the figure joins: all, or all but the last.
     int drawnCount() const { return closed && count > 0 ? count - 1 : count; }
 
     /// Turns by one degree (sign +1 or -1) if at least two ticks have passed since the last
@@ -64,11 +65,13 @@ public:
     double xScale = 1.0, yScale = 1.0;
     double xCenter = 0.0, yCenter = 0.0;
     QString shapeName = QStringLiteral("?");
-    bool closed = true; ///< the current shape: its last entry repeats the first
+    /// The last entry, which would only close the figure, is not drawn: what openFigure was
+    /// when the figure was.
+    bool closed = false;
 
     QString kind; ///< of the remembered shape, as the status line calls it
     double lastBaseWidth = 1.0, lastBaseHeight = 1.0;
-    bool lastClosed = true;
+    bool lastClosed = false;
 
 private:
     /// Of the angle last used: all points of a figure ask for the same.

@@ -22,7 +22,7 @@ const QString kName = QStringLiteral("name");
 const QString kKind = QStringLiteral("kind");
 const QString kWidth = QStringLiteral("baseWidth");
 const QString kHeight = QStringLiteral("baseHeight");
-const QString kClosed = QStringLiteral("closed");
+const QString kOpen = QStringLiteral("open");
 const QString kCount = QStringLiteral("count");
 const QString kPoints = QStringLiteral("points");
 
@@ -171,7 +171,7 @@ bool readForm(const ShapeReader &reader, PShape::Form *form, int *count)
         !reader.text(kName, &form->name) || !reader.text(kKind, &kind) ||
         !reader.number(kWidth, 1.0, kMostBase, &form->baseWidth) ||
         !reader.number(kHeight, 1.0, kMostBase, &form->baseHeight) ||
-        !reader.flag(kClosed, &form->closed) ||
+        !reader.flag(kOpen, &form->closed) ||
         !reader.whole(kCount, kLeastPoints, kShapeEntries, count))
         return false;
     if (form->name.isEmpty())
@@ -208,7 +208,7 @@ QJsonDocument documentOf(const PShape &shape, const QString &name)
                                      {kKind, shape.kind},
                                      {kWidth, shape.lastBaseWidth},
                                      {kHeight, shape.lastBaseHeight},
-                                     {kClosed, shape.lastClosed},
+                                     {kOpen, shape.lastClosed},
                                      {kCount, shape.lastCount},
                                      {kPoints, points}});
 }

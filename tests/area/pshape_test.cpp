@@ -17,9 +17,9 @@ namespace
 {
 const std::vector<AreaPoint> kCorners = {{10, 20}, {31, 20}, {10, 61}, {10, 20}};
 
-void remember(PShape *shape, const std::vector<AreaPoint> &corners, bool closed = true)
+void remember(PShape *shape, const std::vector<AreaPoint> &corners, bool open = false)
 {
-    shape->remember(corners.data(), int(corners.size()), "Polygonal", closed);
+    shape->remember(corners.data(), int(corners.size()), "Polygonal", open);
 }
 
 void expectPoint(const ShapePoint &point, double x, double y)
@@ -39,19 +39,19 @@ TEST(PShape, IsNormalisedPlacedAndTurned)
     ASSERT_TRUE(shape.convert());
     EXPECT_EQ(shape.baseWidth, 21);
     EXPECT_EQ(shape.baseHeight, 41);
-    EXPECT_EQ(shape.drawnCount(), 3);
+    EXPECT_EQ(shape.drawnCount(), 4);
     expectPoint(shape.placed(0), -10 / 21.0, -20 / 41.0); // the middle is 20, 40
 
     shape.xScale = 21, shape.yScale = 82, shape.xCenter = 100, shape.yCenter = 200;
     expectPoint(shape.placed(1), 111, 160);
     shape.setRotation(M_PI / 2); // scaled before it is turned, clockwise as y goes down
     expectPoint(shape.placed(1), 140, 211);
-    remember(&shape, {{0, 0}, {0, 0}, {0, 0}}, false);
+    remember(&shape, {{0, 0}, {0, 0}, {0, 0}}, true);
     EXPECT_EQ(shape.shapeName, "Polygonal");
     EXPECT_EQ(shape.baseWidth, 21) << "a new figure left the current shape alone";
     ASSERT_TRUE(shape.convert());
     expectPoint(shape.placed(2), 100, 200); // no width, no height
-    EXPECT_EQ(shape.drawnCount(), 3);
+    EXPECT_EQ(shape.drawnCount(), 2);
     // Beyond the values that the search for the box starts from.
     remember(&shape, {{INT32_MAX, INT32_MIN}, {INT32_MIN, INT32_MAX}, {2000000, 2000000}});
     EXPECT_EQ(shape.lastBaseWidth, 4294967295.0);
@@ -105,7 +105,7 @@ TEST(PShape, RefusedFiguresAndShortMemoryLeaveBothListsAlone)
 QByteArray shapeText(const char *what = "", const char *by = "")
 {
     QByteArray text = R"({"format":"Kestrane P-Shape","version":1,"name":"kite","kind":"Drawn",
-        "baseWidth":30,"baseHeight":12.5,"closed":false,"count":3,
+        "baseWidth":30,"baseHeight":12.5,"open":true,"count":3,
         "points":[[-0.5,0],[0.5,0.25],[1e-3,-0.5]]})";
     EXPECT_TRUE(text.contains(what));
     return *what ? text.replace(what, by) : text;
@@ -134,7 +134,7 @@ TEST_F(ShapeFile, KeepsEveryDigitAndAnOldFile)
     std::vector<AreaPoint> corners;
     for (int i = 0; i < 1000; ++i)
         corners.push_back({i * i % 1013, i * 7919 % 30011});
-    remember(&shape, corners);
+    remember(&shape, corners, true);
     ASSERT_TRUE(savePShape(path, shape, &error)) << qPrintable(error);
     PShape again;
     ASSERT_TRUE(loadPShape(path, &again, &error)) << qPrintable(error);
@@ -166,7 +166,7 @@ TEST_F(ShapeFile, DamagedAndForeignFilesAreRefused)
                   {"\"kite\"", "7", "name 7 does match"},
                   {"30", "0", "baseWidth 0 does match 1 to 4294967295"},
                   {"12.5", "1e999", ""},
-                  {"false", "0", "closed 0"},
+                  {"true", "0", "open 0"},
                   {"\"count\":3", "\"count\":4", "points a list of 3 does match a list of 4"},
                   {"\"count\":3", "\"count\":2.5", "count 2.5"},
                   {"\"count\":3", "\"count\":3.5", "count 3.5 does match a whole number"},
