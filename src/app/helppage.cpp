@@ -10,27 +10,34 @@
 namespace
 {
 constexpr int kMargin = 14;
-}
 
-void showHelpPage(QWidget *parent, const QString &title, const QString &name)
+QDialog *makePage(QWidget *parent, const QString &objectName)
 {
-    const QString objectName = QStringLiteral("helpPage");
-    if (auto *shown = parent->findChild<QDialog *>(objectName)) {
-        shown->raise();
-        shown->activateWindow();
-        return;
-    }
     auto *page = new QDialog(parent);
     page->setObjectName(objectName);
     page->setAttribute(Qt::WA_DeleteOnClose);
-    page->setWindowTitle(title);
     auto *browser = new QTextBrowser;
-    browser->setAccessibleName(title);
     browser->document()->setDocumentMargin(kMargin);
-    browser->setSource(QUrl(QStringLiteral("qrc:/help/") + name));
     auto *column = new QVBoxLayout(page);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(browser);
     page->resize(460, 520);
+    return page;
+}
+} // namespace
+
+void showHelpPage(QWidget *parent, const QString &title, const QString &name)
+{
+    const QString objectName = QStringLiteral("helpPage");
+    // Not that of a dialog below: it would show the page of another window.
+    auto *page = parent->findChild<QDialog *>(objectName, Qt::FindDirectChildrenOnly);
+    if (!page)
+        page = makePage(parent, objectName);
+    page->setWindowTitle(title);
+    auto *browser = page->findChild<QTextBrowser *>();
+    browser->setAccessibleName(title);
+    browser->setSource(QUrl(QStringLiteral("qrc:/help/") + name));
     page->show();
+    page->raise();
+    page->activateWindow();
 }
