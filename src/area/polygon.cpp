@@ -120,7 +120,7 @@ bool drawInScratch(image *img, const AreaPoint *pts, int count, bool clear)
     const auto [minY, maxY] = std::minmax_element(
         pts, pts + count, [](const AreaPoint &a, const AreaPoint &b) { return a.y < b.y; });
     const int64_t left = int64_t(minX->x) - kMargin, top = int64_t(minY->y) - kMargin;
-    const int64_t width = maxX->x + kMargin + 1 - left, height = maxY->y + kMargin + 1 - top;
+    const int64_t width = maxX->x - left + kMargin + 1, height = maxY->y - top + kMargin + 1;
     if (width > kMostScratchWords / height)
         return false;
     TrackedBuffer<uint16_t> words(size_t(width * height), "tmp mask");

@@ -14,6 +14,9 @@
 namespace
 {
 constexpr double kLongestCircumference = 256000.0;
+/// A side this far off every picture may stand anywhere beyond without changing what is
+/// selected, and a script's rectangle of any height is drawn.
+constexpr int kFarAway = 1000000;
 
 /// Where a side from `from` ends if it is `length` long and goes towards `to`.
 int sideEnd(int from, int to, int64_t length)
@@ -24,6 +27,8 @@ int sideEnd(int from, int to, int64_t length)
 /// The corners of a rectangle, the first one again at the end.
 bool selectCorners(image *img, int left, int top, int right, int bottom, bool clear)
 {
+    for (int *side : {&left, &top, &right, &bottom})
+        *side = std::clamp(*side, -kFarAway, kFarAway);
     const AreaPoint corners[] = {
         {left, top}, {right, top}, {right, bottom}, {left, bottom}, {left, top}};
     return polySelect(img, corners, 5, clear);
@@ -110,7 +115,9 @@ bool pshapeSelect(image *img, bool clear)
     if (!shared || !shared->points || !shared->shape.usable())
         return false;
     const PShape &shape = shared->shape;
-    shared->pointCount = std::min(shape.drawnCount(), kPointEntries);
+    // All entries: a shape that was drawn open says so by `closed`, and an open figure's last
+    // entry is left out below.
+    shared->pointCount = std::min(shape.count, kPointEntries);
     for (int i = 0; i < shared->pointCount; ++i) {
         const ShapePoint at = shape.placed(i);
         shared->points[i] = {truncatedSample(at.x), truncatedSample(at.y)};
