@@ -5,6 +5,8 @@
 #include "core/rows.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <limits>
 
 namespace
@@ -13,6 +15,8 @@ namespace
 constexpr uint32_t kOutside = 0;
 /// What handling one span costs, in samples of a plain row operation.
 constexpr int kSamplesPerSpan = 16;
+/// Of a row, up to which sorting them costs less than going through the row's columns.
+constexpr int kFewSpans = 12;
 
 uint64_t distance(int64_t from, int64_t to)
 {
@@ -80,6 +84,76 @@ private:
     uint64_t row = 0, begun = 0, next = 0;
     uint64_t whole = 0, part = 0, rest = 0;
 };
+
+/// The columns of a crowded row as bits, from the leftmost span on.
+class RowBits
+{
+public:
+    static constexpr int64_t kColumns = 1 << 16;
+
+    explicit RowBits(int64_t columns) : used(size_t(columns + 63) / 64)
+    {
+        std::fill_n(bits.begin(), used, 0);
+    }
+    void set(int64_t first, int64_t last)
+    {
+        const size_t begin = size_t(first) / 64, end = size_t(last) / 64;
+        const uint64_t head = ~uint64_t(0) << (first % 64), tail = ~uint64_t(0) >> (63 - last % 64);
+        if (begin == end) {
+            bits[begin] |= head & tail;
+            return;
+        }
+        bits[begin] |= head;
+        std::fill(bits.begin() + begin + 1, bits.begin() + end, ~uint64_t(0));
+        bits[end] |= tail;
+    }
+    /// The first column from `column` on whose bit is `value`; beyond the last one if none is.
+    int64_t find(bool value, int64_t column) const
+    {
+        const uint64_t flip = value ? 0 : ~uint64_t(0);
+        uint64_t from = ~uint64_t(0) << (column % 64);
+        for (size_t word = size_t(column) / 64; word < used; ++word) {
+            const uint64_t found = (bits[word] ^ flip) & from;
+            if (found != 0)
+                return int64_t(word) * 64 + std::countr_zero(found);
+            from = ~uint64_t(0);
+        }
+        return int64_t(used) * 64;
+    }
+    int64_t end() const { return int64_t(used) * 64; }
+
+private:
+    std::array<uint64_t, kColumns / 64> bits;
+    size_t used;
+};
+
+/// Sorts spans and joins those without a sample between them; returns the end of what is left.
+Span *mergeBySorting(Span *begin, Span *end)
+{
+    std::sort(begin, end, [](const Span &a, const Span &b) { return a.first < b.first; });
+    Span *kept = begin;
+    for (const Span *at = begin + 1; at < end; ++at) {
+        if (at->first <= int64_t(kept->last) + 1)
+            kept->last = std::max(kept->last, at->last);
+        else
+            *++kept = *at;
+    }
+    return kept + 1;
+}
+
+/// The same for many spans in not too many columns, several times as fast.
+Span *mergeByBits(Span *begin, Span *end, int64_t left, int64_t columns)
+{
+    RowBits bits(columns);
+    for (const Span *at = begin; at < end; ++at)
+        bits.set(at->first - left, at->last - left);
+    for (int64_t column = bits.find(true, 0); column < bits.end();) {
+        const int64_t after = bits.find(false, column);
+        *begin++ = {int32_t(left + column), int32_t(left + after - 1)};
+        column = after < bits.end() ? bits.find(true, after) : after;
+    }
+    return begin;
+}
 
 /// Root of a node. Roots are the smallest nodes of their sets, so kOutside stays one.
 uint32_t rootOf(uint32_t *parents, uint32_t node)
@@ -206,20 +280,20 @@ void FigureSpans::addSegment(const AreaPoint &from, const AreaPoint &to)
         (*spans)[(*end)++] = segment.take();
 }
 
-/// Sorts the spans of a row and joins those without a sample between them.
 void FigureSpans::mergeRow(int row)
 {
     Span *const begin = spans->get() + (*starts)[size_t(row)];
     Span *const end = spans->get() + (*ends)[size_t(row)];
-    std::sort(begin, end, [](const Span &a, const Span &b) { return a.first < b.first; });
-    Span *kept = begin;
+    int64_t left = begin->first, right = begin->last;
     for (const Span *at = begin + 1; at < end; ++at) {
-        if (at->first <= int64_t(kept->last) + 1)
-            kept->last = std::max(kept->last, at->last);
-        else
-            *++kept = *at;
+        left = std::min<int64_t>(left, at->first);
+        right = std::max<int64_t>(right, at->last);
     }
-    (*ends)[size_t(row)] = uint32_t(kept + 1 - spans->get());
+    const int64_t columns = right - left + 1;
+    const bool crowded = end - begin > kFewSpans && columns <= RowBits::kColumns;
+    Span *const kept =
+        crowded ? mergeByBits(begin, end, left, columns) : mergeBySorting(begin, end);
+    (*ends)[size_t(row)] = uint32_t(kept - spans->get());
 }
 
 /// Unites the gaps of a row with those of the row above that they touch. Above the first row
