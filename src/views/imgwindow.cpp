@@ -237,6 +237,30 @@ void imgWindow::zoomTo(int index, QPointF anchor)
     viewMoved();
 }
 
+/// A zoom to a box stands between two entries of the table.
+int imgWindow::indexFurtherOut() const
+{
+    return zooms && zooms[zoomIndex] < zoom ? zoomIndex : zoomIndex - 1;
+}
+
+void imgWindow::zoomToBox(const QRectF &box)
+{
+    constexpr double leastSamples = 2.0;
+    if (!zooms || !validImage())
+        return;
+    const double sideX = std::max(box.width(), leastSamples);
+    const double sideY = std::max(box.height(), leastSamples);
+    const double wanted = std::min(img->width / sideX, img->height / sideY);
+    const float *first = zooms, *end = zooms + kLastFitIndex + 1;
+    const auto index = std::upper_bound(first, end, float(wanted)) - first - 1;
+    if (index < 0)
+        return;
+    zoomIndex = int(index);
+    zoom = float(wanted);
+    placeAt(box.center(), clientCentre());
+    viewMoved();
+}
+
 // --- Keeping up with the image ----------------------------------------------------------
 
 void imgWindow::viewPanned()
@@ -298,7 +322,9 @@ void imgWindow::prepareAndApply(image *target)
     ViewHost *host = viewHost();
     if (!validImage() || !target || !host || !host->operatorTable())
         return;
-    finishJobs(true);
+    settleJobs();
+    for (imgWindow *window : host->windowsOf(target))
+        window->settleJobs(); // their jobs read the image
     host->operatorTable()->prepareAndApply(target, true);
 }
 

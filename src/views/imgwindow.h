@@ -219,6 +219,29 @@ public:
     bool startWorker(WorkerThread::Mode mode);
     /// Waits for the window's jobs; their results are taken over, or dropped.
     void finishJobs(bool keepResults);
+    /// The same, with a selection that is being made by jobs completed.
+    void settleJobs();
+
+    /// The mask jobs from here on make one selection: they share an undo record, which comes
+    /// with the first result, and the copy of the mask as it stands.
+    void beginMaskDrag();
+    /// Puts the mask back that stood before, and takes the undo record away.
+    void cancelMaskDrag();
+    /// False if memory is short.
+    bool saveBackMask();
+    const uint16_t *backCopy() const { return backMask ? backMask->get() : nullptr; }
+    /// Makes what the last mask job found, before it was joined, the selection; false if there
+    /// is nothing.
+    bool takeJobMask();
+
+    /// Zooms so that a box of image samples fills the window.
+    void zoomToBox(const QRectF &box);
+    /// The table entry that one step further out shows.
+    int indexFurtherOut() const;
+    /// The operator preview shows the surroundings of a client position.
+    void choosePreview(QPointF position);
+    /// The space bar, a dragged view, a guide or the notes have a cursor of their own.
+    bool cursorTaken() const;
 
     image *img = nullptr;
     float *zooms = nullptr; ///< tracked, kZoomEntries entries
@@ -246,11 +269,14 @@ public:
     bool wandBusy = false;  ///< a mask job is going on
     bool wandClick = false; ///< a press of the wand that was not dragged yet
     bool addToMask = false, subtractFromMask = false;
-    bool backSaved = false; ///< this drag has saved the mask in the back copy
+    bool backSaved = false;      ///< this drag has saved the mask in the back copy
+    bool actRecorded = false;    ///< this drag has made its undo record
+    bool skipCommitOnce = false; ///< the next finished gesture selects nothing
     /// Set by the active tool; they run beside the main thread and may only read the image
     /// that they are given, and write the copy or the mask of as many samples.
     std::function<bool(image *copy)> previewProducer;
     std::function<bool(const image &img, uint16_t *mask)> maskProducer;
+    std::function<void()> maskJobEnded; ///< called when a mask job has reported
 
 public slots:
     void ona10to1triggered();
@@ -284,6 +310,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
+    void enterEvent(QEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void changeEvent(QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
@@ -316,6 +343,7 @@ private:
     bool panCommand(int number);
     bool viewCommand(int number);
     bool actCommand(int number);
+    bool areaCommand(int number);
     bool overlayCommand(int number);
     void clearGuides();
     void pan(int dx, int dy);
@@ -364,8 +392,8 @@ private:
 
     // Jobs
     void endJob(WorkerThread *worker, bool keepResult);
-    void saveBackMask(const image &of);
-    void takeMask(const image *of, const TrackedBuffer<uint16_t> &mask);
+    using MaskBuffer = TrackedBuffer<uint16_t>;
+    void takeMask(const MaskBuffer &mask, bool joins, bool add);
     void takePreview(const image &copy);
 
     // Mouse
@@ -373,7 +401,8 @@ private:
     QPointF positionOf(const QMouseEvent &event) const;
     void dragView(QPointF position);
     void reportPointer(QPointF position);
-    void choosePreview(QPointF position);
+    void hover(const QMouseEvent &event);
+    void endViewDrag();
 
     // Close
     bool lastView() const;
@@ -399,6 +428,7 @@ private:
     QTimer settle; ///< runs out when the person has stopped resizing
     bool spaceHeld = false;
     bool draggingView = false;
+    Qt::MouseButton dragButton = Qt::NoButton;
     QPointF dragFrom;  ///< image position under the mouse when the drag began
     int wheelRest = 0; ///< parts of a wheel notch not used yet
 
@@ -409,6 +439,7 @@ private:
     bool guideCursor = false;
 
     QList<WorkerThread *> workers;
-    std::unique_ptr<TrackedBuffer<uint16_t>> backMask;
+    std::unique_ptr<MaskBuffer> backMask;
+    std::shared_ptr<MaskBuffer> jobMask; ///< of the last mask job
     QSize backSize;
 };

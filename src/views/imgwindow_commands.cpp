@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "area/areatools.h"
 #include "core/image.h"
 #include "core/undo.h"
 #include "core/workspace.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace
 {
@@ -102,6 +104,16 @@ void askName(imgWindow *window)
         renameImage(standing->img, name);
 }
 
+/// Takes Magnify for one use; a second time gives the tool before back at once.
+void magnifyOnce(ViewHost *host)
+{
+    const int before = std::exchange(host->toolBefore, -1);
+    const int now = workspace()->toolSelect;
+    host->chooseTool(before >= 0 ? before : int(kToolMagnify));
+    if (before < 0)
+        host->toolBefore = now; // choosing a tool forgets it
+}
+
 using RatioSlot = void (imgWindow::*)();
 /// From kCommandRatioFirst on.
 constexpr std::array<RatioSlot, 13> kRatioSlots = {
@@ -135,13 +147,9 @@ void imgWindow::runCommand(int number)
 {
     if (panCommand(number) || viewCommand(number) || overlayCommand(number))
         return;
-    if (number == kCommandMaskJob) {
-        startWorker(WorkerThread::Mask);
-        return;
-    }
-    finishJobs(true); // before anything changes the image that they read
+    settleJobs(); // before anything changes the image that they read
     ViewHost *host = viewHost();
-    if (actCommand(number) || !host)
+    if (actCommand(number) || areaCommand(number) || !host)
         return;
     if (number >= kCommandRecentFirst && number <= kCommandRecentLast) {
         host->openRecentFile(number - kCommandRecentFirst + 1);
@@ -255,7 +263,8 @@ void imgWindow::fitView()
 void imgWindow::zoomToPreset(bool closer)
 {
     const auto after = std::upper_bound(presetZooms.begin(), presetZooms.end(), zoomIndex);
-    const auto from = std::lower_bound(presetZooms.begin(), presetZooms.end(), zoomIndex);
+    const auto from =
+        std::lower_bound(presetZooms.begin(), presetZooms.end(), indexFurtherOut() + 1);
     if (closer && after != presetZooms.end())
         zoomTo(*after, clientCentre());
     else if (!closer && from != presetZooms.begin())
@@ -319,7 +328,7 @@ bool imgWindow::viewCommand(int number)
         zoomTo(zoomIndex + 1, clientCentre());
         return true;
     case kCommandZoomOut:
-        zoomTo(zoomIndex - 1, clientCentre());
+        zoomTo(indexFurtherOut(), clientCentre());
         return true;
     case kCommandFitView:
         fitView();
@@ -382,6 +391,32 @@ bool imgWindow::overlayCommand(int number)
         return true;
     }
     return false;
+}
+
+/// What concerns the gestures of the area tools.
+bool imgWindow::areaCommand(int number)
+{
+    ViewHost *host = viewHost();
+    if (!host)
+        return false;
+    switch (number) {
+    case kCommandMaskJob:
+        if (!gesture.rerunWand())
+            workspace()->statusText(tr("Click in this image with the wand first"));
+        return true;
+    case kCommandEyepoint:
+        host->eyepointPending = !host->eyepointPending;
+        workspace()->statusText(host->eyepointPending
+                                    ? tr("Click in an image to choose what the preview shows")
+                                    : tr("The preview shows what it showed before"));
+        host->updateMenus();
+        return true;
+    case kCommandMagnifyOnce:
+        magnifyOnce(host);
+        return true;
+    default:
+        return false;
+    }
 }
 
 bool imgWindow::actCommand(int number)

@@ -38,7 +38,8 @@ void imgWindow::keyPressEvent(QKeyEvent *event)
     }
     // Set first: a command may open a box, whose event loop can outlive this window.
     event->accept();
-    if (notes.keyPress(*event)) {
+    gesture.keysHeld(lastKey == Qt::Key_Control ? modifiers | Qt::ControlModifier : modifiers);
+    if (notes.keyPress(*event) || gesture.keyPress(*event)) {
         event_ = nullptr;
         return;
     }
@@ -59,10 +60,11 @@ void imgWindow::keyReleaseEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Shift)
         shift = false;
+    if (event->key() == Qt::Key_Control)
+        gesture.keysHeld(event->modifiers() & ~Qt::ControlModifier);
     if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) {
         spaceHeld = false;
-        if (!draggingView)
-            unsetCursor();
+        gesture.showCursor();
     }
 }
 
@@ -83,14 +85,15 @@ void imgWindow::mousePressEvent(QMouseEvent *event)
     const bool left = event->button() == Qt::LeftButton;
     if (dragsView(event)) {
         draggingView = true;
+        dragButton = event->button();
         dragFrom = windowToImage(at.x(), at.y());
         setCursor(Qt::ClosedHandCursor);
     } else if (left && pressRuler(at)) {
         return;
     } else if (notes.press(*event, positionOf(*event))) {
         return;
-    } else if (left && !grabGuide(at)) {
-        choosePreview(at);
+    } else if (!left || !grabGuide(at)) {
+        gesture.press(*event, positionOf(*event));
     }
 }
 
@@ -109,19 +112,25 @@ void imgWindow::mouseDoubleClickEvent(QMouseEvent *event)
 
 void imgWindow::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event && validImage() && draggedGuide && event->button() == Qt::LeftButton) {
-        dropGuide(event->localPos());
+    if (!event || !validImage()) {
+        draggingView = false;
         return;
     }
-    if (event && validImage() && !draggingView && notes.release(*event, positionOf(*event)))
-        return;
-    if (!event || !draggingView || event->buttons() & (Qt::LeftButton | Qt::MiddleButton))
-        return;
+    if (draggedGuide && event->button() == Qt::LeftButton)
+        dropGuide(event->localPos());
+    else if (draggingView && event->button() == dragButton)
+        endViewDrag();
+    else if (!notes.release(*event, positionOf(*event)))
+        gesture.release(*event, positionOf(*event)); // which may end this window
+}
+
+void imgWindow::endViewDrag()
+{
     draggingView = false;
     if (spaceHeld)
         setCursor(Qt::OpenHandCursor);
     else
-        unsetCursor();
+        gesture.showCursor();
 }
 
 void imgWindow::mouseMoveEvent(QMouseEvent *event)
@@ -137,14 +146,34 @@ void imgWindow::mouseMoveEvent(QMouseEvent *event)
         dragView(at);
     else if (draggedGuide)
         dragGuide(at, event->modifiers());
-    else if (!notes.move(*event, positionOf(*event))) {
-        if (event->buttons() & Qt::LeftButton)
-            choosePreview(at);
-        else if (!spaceHeld)
-            showGuideCursor(at);
-    }
+    else if (!notes.move(*event, positionOf(*event)) && !gesture.move(*event, positionOf(*event)))
+        hover(*event);
     reportPointer(at);
     markPointer(at);
+}
+
+/// Nothing is dragged: the cursor says what a press would do.
+void imgWindow::hover(const QMouseEvent &event)
+{
+    if (spaceHeld)
+        return;
+    showGuideCursor(event.localPos());
+    if (pictureRect().contains(event.pos()))
+        gesture.showCursor();
+    else if (!cursorTaken())
+        unsetCursor();
+}
+
+bool imgWindow::cursorTaken() const
+{
+    const bool noted = viewHost() && viewHost()->editingNotations && workspace()->showNotations;
+    return spaceHeld || draggingView || guideCursor || noted;
+}
+
+void imgWindow::enterEvent(QEvent *event)
+{
+    QDialog::enterEvent(event);
+    gesture.showCursor();
 }
 
 void imgWindow::leaveEvent(QEvent *event)
@@ -170,8 +199,11 @@ void imgWindow::choosePreview(QPointF position)
     const int side = workspace()->opsX2Preview ? kPreviewSide / 2 : kPreviewSide;
     previewX = sample.x() - side / 2;
     previewY = sample.y() - side / 2;
-    if (ViewHost *host = viewHost())
+    if (ViewHost *host = viewHost()) {
+        host->eyepointPending = false;
         host->refreshOperatorSource();
+        host->updateMenus();
+    }
     paintOverlayOnly = true;
     update();
 }
@@ -196,7 +228,7 @@ void imgWindow::wheelEvent(QWheelEvent *event)
         const int notches = wheelRest / kWheelNotch;
         wheelRest -= notches * kWheelNotch;
         if (notches != 0)
-            zoomTo(zoomIndex + notches, event->position());
+            zoomTo((notches > 0 ? zoomIndex : indexFurtherOut() + 1) + notches, event->position());
         return;
     }
     if (delta.x() != 0)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "area/maskops.h"
 #include "core/image.h"
 #include "core/rows.h"
 #include "core/undo.h"
@@ -17,15 +18,11 @@
 
 namespace
 {
-using Mask = TrackedBuffer<uint16_t>;
-
-/// The new selection joined with the one before it.
-void combine(uint16_t *mask, const uint16_t *old, int width, int height, bool add)
+void copyMask(const image &of, const uint16_t *from, uint16_t *to)
 {
-    parallelRows(height, width, [=](int first, int end) {
-        for (int64_t i = int64_t(first) * width; i < int64_t(end) * width; ++i)
-            mask[i] = add ? uint16_t(std::min(int(mask[i]) + old[i], 65535))
-                          : uint16_t(std::max(int(old[i]) - mask[i], 0));
+    const int64_t width = of.width;
+    parallelRows(of.height, of.width, [=](int first, int end) {
+        std::copy(from + first * width, from + end * width, to + first * width);
     });
 }
 } // namespace
@@ -46,23 +43,19 @@ bool imgWindow::startWorker(WorkerThread::Mode mode)
                 takePreview(*copy);
         };
     } else if (mode == WorkerThread::Mask && maskProducer) {
-        const auto mask = std::make_shared<Mask>(size_t(img->sampleCount()), "mask job");
-        if (!*mask)
+        jobMask.reset(); // room for the next one
+        const auto mask = std::make_shared<MaskBuffer>(size_t(img->sampleCount()), "mask job");
+        const bool add = addToMask, joins = add || subtractFromMask;
+        if (!*mask || (joins && !backSaved && !saveBackMask()))
             return false;
-        const bool joins = addToMask || subtractFromMask;
-        if (joins && !backSaved)
-            saveBackMask(*img);
-        const uint16_t *old = joins && backMask ? backMask->get() : nullptr;
         const auto made = std::make_shared<bool>(false);
         const image *of = img;
-        work = [=, produce = maskProducer, add = addToMask]() {
-            *made = produce(*of, mask->get());
-            if (*made && old)
-                combine(mask->get(), old, of->width, of->height, add);
-        };
+        work = [=, produce = maskProducer]() { *made = produce(*of, mask->get()); };
         takeOver = [=, this]() {
-            if (*made)
-                takeMask(of, *mask);
+            if (!*made || of != img)
+                return;
+            takeMask(*mask, joins, add);
+            jobMask = mask;
         };
     }
     auto *worker = new WorkerThread(mode, this, std::move(work), std::move(takeOver));
@@ -78,35 +71,57 @@ bool imgWindow::startWorker(WorkerThread::Mode mode)
     return true;
 }
 
-void imgWindow::saveBackMask(const image &of)
+void imgWindow::beginMaskDrag()
 {
-    const QSize size(of.width, of.height);
-    if (!backMask || backSize != size)
-        backMask = std::make_unique<Mask>(size_t(of.sampleCount()), "backmask() back");
-    backSize = size;
-    if (!*backMask) {
-        backMask.reset();
-        return;
-    }
-    uint16_t *to = backMask->get();
-    parallelRows(of.height, of.width, [&of, to](int first, int end) {
-        std::copy(of.gmask + int64_t(first) * of.width, of.gmask + int64_t(end) * of.width,
-                  to + int64_t(first) * of.width);
-    });
-    backSaved = true;
+    backSaved = actRecorded = false;
+    jobMask.reset();
 }
 
-void imgWindow::takeMask(const image *of, const Mask &mask)
+void imgWindow::cancelMaskDrag()
 {
-    if (of != img)
-        return;
-    uint16_t *to = img->gmask;
-    const uint16_t *from = mask.get();
-    const int64_t width = img->width;
-    parallelRows(img->height, img->width, [=](int first, int end) {
-        std::copy(from + first * width, from + end * width, to + first * width);
-    });
+    finishJobs(false);
+    if (actRecorded && backSaved) {
+        copyMask(*img, backMask->get(), img->gmask);
+        if (img->kind != 1)
+            dropLastUndo(img);
+        selectionChanged(img);
+    }
+    beginMaskDrag();
+}
+
+bool imgWindow::saveBackMask()
+{
+    const QSize size(img->width, img->height);
+    if (!backMask || backSize != size) {
+        backMask.reset();
+        backMask = std::make_unique<MaskBuffer>(size_t(img->sampleCount()), "backmask() back");
+    }
+    backSize = size;
+    backSaved = bool(*backMask);
+    if (backSaved)
+        copyMask(*img, img->gmask, backMask->get());
+    else
+        backMask.reset();
+    return backSaved;
+}
+
+void imgWindow::takeMask(const MaskBuffer &mask, bool joins, bool add)
+{
+    if (!actRecorded && img->kind != 1) // a master's undo goes to its target
+        beginAct(img);
+    actRecorded = true;
+    copyMask(*img, mask.get(), img->gmask);
+    if (joins)
+        combineMasks(img->gmask, backMask->get(), img->width, img->height, add);
     selectionChanged(img);
+}
+
+bool imgWindow::takeJobMask()
+{
+    if (!jobMask)
+        return false;
+    copyMask(*img, jobMask->get(), img->gmask);
+    return true;
 }
 
 void imgWindow::takePreview(const image &copy)
@@ -136,9 +151,17 @@ void imgWindow::finishJobs(bool keepResults)
         endJob(workers.constFirst(), keepResults);
 }
 
+void imgWindow::settleJobs()
+{
+    gesture.settle();
+    finishJobs(true);
+}
+
 void imgWindow::maskReady()
 {
     endJob(qobject_cast<WorkerThread *>(sender()), true);
+    if (maskJobEnded)
+        maskJobEnded();
 }
 
 void imgWindow::inTheBalls()
@@ -154,6 +177,8 @@ void imgWindow::hideEvent(QHideEvent *event)
     QDialog::hideEvent(event);
     // Who takes a window away may go on to take its image away. A window that is only
     // minimised (the window system did that) goes on.
-    if (!event->spontaneous())
-        finishJobs(validImage());
+    if (event->spontaneous())
+        return;
+    finishJobs(validImage());
+    gesture.letGo();
 }

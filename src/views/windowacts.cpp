@@ -205,14 +205,67 @@ void renameImage(image *img, const QString &name)
     changeDone(img);
 }
 
+UndoRecord::UndoRecord(image *of) : img(of)
+{
+    if (img->kind == 1)
+        return;
+    redoList.swap(img->redoList);
+    const int32_t serial = img->undoSerial;
+    beginAct(img);
+    recorded = img->undoSerial != serial; // there is none without memory
+}
+
+UndoRecord::~UndoRecord()
+{
+    if (!kept && recorded)
+        dropLastUndo(img);
+    if (kept)
+        qDeleteAll(redoList);
+    else if (img->kind != 1)
+        img->redoList.swap(redoList);
+    workspace()->undoStateChanged(img);
+}
+
+bool actOnSelection(image *img, const std::function<bool()> &act)
+{
+    for (imgWindow *window : viewHost() ? viewHost()->windowsOf(img) : QList<imgWindow *>())
+        window->settleJobs(); // or a late mask would replace what is made here
+    UndoRecord record(img);
+    if (!act()) {
+        workspace()->statusText(translated("Not enough memory: the selection is as it was"));
+        return false;
+    }
+    record.keep();
+    selectionChanged(img);
+    return true;
+}
+
 void selectWhole(image *img, bool selected)
 {
-    img->fillGmask(selected ? 65535 : 0);
-    selectionChanged(img);
+    if (!img->gmask)
+        return;
+    const uint16_t value = selected ? 65535 : 0;
+    const uint16_t *first = img->gmask, *end = first + img->sampleCount();
+    if (std::any_of(first, end, [value](uint16_t sample) { return sample != value; }))
+        actOnSelection(img, [=]() { return img->fillGmask(value), true; });
 }
 
 void invertSelection(image *img)
 {
-    img->invertMask();
-    selectionChanged(img);
+    actOnSelection(img, [img]() { return img->invertMask(), true; });
+}
+
+void setSelectMode(bool on)
+{
+    const bool turnedOn = on && !workspace()->selectMode;
+    workspace()->selectMode = on;
+    for (imgWindow *window : turnedOn &&viewHost() ? viewHost()->windows : QList<imgWindow *>()) {
+        if (!window->validImage())
+            continue;
+        window->finishJobs(false);
+        window->img->fillGmask(0);
+        window->refreshOverlay();
+    }
+    if (viewHost())
+        viewHost()->updateMenus();
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QList>
 #include <QSize>
+
+#include <functional>
 
 class image;
 
@@ -36,9 +39,35 @@ void developImage(image *img);
 /// Gives the image another name, with its title.
 void renameImage(image *img, const QString &name);
 
-/// Sets the whole selection to one value.
+/// An undo record of an act that may yet fail: unless keep() is called, the record goes
+/// again and the redo list is as it was. A master gets none, since undo goes to its target.
+class UndoRecord
+{
+public:
+    explicit UndoRecord(image *of);
+    ~UndoRecord();
+    UndoRecord(const UndoRecord &) = delete;
+    UndoRecord &operator=(const UndoRecord &) = delete;
+
+    void keep() { kept = true; }
+
+private:
+    image *img;
+    QList<image *> redoList;
+    bool recorded = false, kept = false;
+};
+
+/// Changes an image's selection by `act`, which returns false, with the selection as it was,
+/// if memory is short: then that is told and no undo record is left. True if it was done.
+bool actOnSelection(image *img, const std::function<bool()> &act);
+
+/// Sets the whole selection to one value, with an undo record if that changes anything.
 void selectWhole(image *img, bool selected);
 void invertSelection(image *img);
+
+/// Whether a finished selection applies the current operator at once. Turning it on clears
+/// the selections of all windows, which would be what the first operator works on.
+void setSelectMode(bool on);
 
 /// What every change of an image through a window ends with: flags and stamp, and whatever
 /// shows the image follows.

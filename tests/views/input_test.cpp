@@ -87,8 +87,10 @@ TEST_F(Input, DragsWithMiddleButtonOrSpace)
     QTest::keyRelease(window, Qt::Key_Space);
     EXPECT_EQ(pan(), QPoint(0, 0));
     EXPECT_EQ(window->previewX, 0); // dragging the view chooses no preview
+    host.eyepointPending = true;
     QTest::mouseClick(window, Qt::LeftButton, {}, {100, 50});
     EXPECT_EQ(QPoint(window->previewX, window->previewY), QPoint(150, 50));
+    EXPECT_FALSE(host.eyepointPending);
 }
 
 TEST_F(Input, UndoAndRedoKeys)

@@ -33,7 +33,7 @@ protected:
     }
     uint16_t maskAfterJob()
     {
-        window->command(kCommandMaskJob);
+        window->startWorker(WorkerThread::Mask);
         EXPECT_TRUE(QTest::qWaitFor([this]() { return !window->wandBusy; }));
         return img->gmask[17];
     }
@@ -42,7 +42,7 @@ protected:
 TEST_F(Jobs, MasksAreMadeOneAtATimeAndJoinedWithTheBackCopy)
 {
     go = false;
-    window->command(kCommandMaskJob);
+    EXPECT_TRUE(window->startWorker(WorkerThread::Mask));
     EXPECT_TRUE(window->wandBusy);
     EXPECT_FALSE(window->startWorker(WorkerThread::Mask));
     window->grab(); // paints while the job runs
@@ -54,9 +54,14 @@ TEST_F(Jobs, MasksAreMadeOneAtATimeAndJoinedWithTheBackCopy)
     window->addToMask = true;
     EXPECT_EQ(maskAfterJob(), 60000);
     EXPECT_EQ(maskAfterJob(), 60000); // still the copy that the drag began with
-    window->backSaved = window->addToMask = false;
+    EXPECT_EQ(img->undoList.size(), 1);       // likewise
+    window->beginMaskDrag();
+    window->addToMask = false;
     window->subtractFromMask = true;
     EXPECT_EQ(maskAfterJob(), 30000);
+    window->cancelMaskDrag();
+    EXPECT_EQ(img->gmask[17], 60000);
+    EXPECT_EQ(img->undoList.size(), 1);
     window->maskProducer = nullptr;
     img->fillGmask(5);
     EXPECT_EQ(maskAfterJob(), 5);
@@ -66,7 +71,7 @@ TEST_F(Jobs, WhatEndsOrChangesTheImageWaitsForThem)
 {
     const auto startSlow = [this]() {
         go = false;
-        window->command(kCommandMaskJob);
+        window->startWorker(WorkerThread::Mask);
         std::thread([this]() {
             QThread::msleep(30);
             go = true;
