@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "entries.h"
 
+#include "area/pshape.h"
+#include "area/pshapefile.h"
 #include "core/image.h"
 #include "core/memory.h"
 #include "core/workspace.h"
@@ -24,6 +26,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <set>
+#include <utility>
 
 namespace
 {
@@ -251,6 +254,36 @@ void fuzzGif(const uint8_t *data, size_t size)
     }
 }
 
+/// A shape that was read is whole and can be drawn; saved and read again it is the same.
+void fuzzPShape(const uint8_t *data, size_t size)
+{
+    const int64_t before = memRecord.currentBytes;
+    {
+        PShape shape, again;
+        QString error;
+        if (!loadPShape(inputFile(".json", data, size), &shape, &error)) {
+            require(!error.isEmpty() && !shape.usable(),
+                    "a refusal without a reason or with a rest");
+        } else {
+            require(shape.count >= 3 && shape.count <= kShapeEntries, "a wrong count");
+            shape.lastpolylist = std::exchange(shape.polylist, nullptr);
+            shape.lastCount = shape.count;
+            shape.lastBaseWidth = shape.baseWidth;
+            shape.lastBaseHeight = shape.baseHeight;
+            const QString path = inputFile(".saved", data, 0);
+            require(savePShape(path, shape, &error) && loadPShape(path, &again, &error),
+                    "a shape that cannot be saved and read again");
+            require(again.count == shape.lastCount && again.aspect() == shape.aspect(),
+                    "another shape");
+            for (int i = 0; i < again.count; ++i)
+                require(again.polylist[i].x == shape.lastpolylist[i].x &&
+                            again.polylist[i].y == shape.lastpolylist[i].y,
+                        "another point");
+        }
+    }
+    require(memRecord.currentBytes == before, "tracked memory was lost");
+}
+
 void fuzzDispatch(const uint8_t *data, size_t size)
 {
     if (size == 0)
@@ -272,10 +305,9 @@ const std::vector<const char *> &dispatchExtensions()
 const std::vector<FuzzEntry> &fuzzEntries()
 {
     static const std::vector<FuzzEntry> entries = {
-        {"rgba", fuzzRgba}, {"pix", fuzzPix},          {"qt", fuzzQt},
-        {"raw", fuzzRaw},   {"exif", fuzzExif},        {"ato", fuzzAto},
-        {"elx", fuzzElx},   {"gif", fuzzGif},          {"iff", fuzzIff},
-        {"mcai", fuzzMcai}, {"dispatch", fuzzDispatch}};
+        {"rgba", fuzzRgba}, {"pix", fuzzPix},   {"qt", fuzzQt},         {"raw", fuzzRaw},
+        {"exif", fuzzExif}, {"ato", fuzzAto},   {"elx", fuzzElx},       {"gif", fuzzGif},
+        {"iff", fuzzIff},   {"mcai", fuzzMcai}, {"pshape", fuzzPShape}, {"dispatch", fuzzDispatch}};
     return entries;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "samplefiles.h"
 
+#include "area/areastate.h"
+#include "area/pshapefile.h"
 #include "core/image.h"
 #include "formats/mcai.h"
 #include "formats/save.h"
@@ -136,6 +138,15 @@ QByteArray mcai(bool rich)
     return written([&](const QString &path) { writeMcai(&img, path, &error); });
 }
 
+QByteArray pshape()
+{
+    const AreaPoint corners[] = {{10, 10}, {90, 12}, {55, 70}, {10, 10}};
+    PShape shape;
+    shape.remember(corners, 4, QStringLiteral("Polygonal"), false);
+    QString error;
+    return written([&](const QString &path) { savePShape(path, shape, &error); });
+}
+
 QByteArray number(uint32_t value, int bytes)
 {
     char big[4];
@@ -245,6 +256,7 @@ QList<SampleFile> sampleFiles()
                                {"elx", ".elx", elx({0, 1, 6})},
                                {"mcai", ".mcai", mcai(false)},
                                {"mcai", ".mcai", mcai(true)},
+                               {"pshape", "", pshape()},
                                {"exif", ".jpg", jpegWithExif()},
                                {"exif", "", syntheticExif().mid(6)},
                                {"qt", ".gif", smallGif()}};
