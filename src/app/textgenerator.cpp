@@ -62,6 +62,8 @@ TextGenerator::TextGenerator(QWidget *parent)
     ui->text->setMinimumSize(metrics.averageCharWidth() * kTextLetters,
                              metrics.lineSpacing() * kTextLines + 14);
     ui->preview->setMinimumHeight(metrics.lineSpacing() * kPreviewLines);
+    ui->preview->setBackgroundRole(QPalette::Base);
+    ui->preview->setAutoFillBackground(true);
     for (QWidget *field : {static_cast<QWidget *>(ui->left), static_cast<QWidget *>(ui->top)})
         field->setMinimumWidth(field->sizeHint().width());
     showSettings();
