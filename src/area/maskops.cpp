@@ -35,7 +35,7 @@ void copyWords(const uint16_t *from, uint16_t *to, int width, int height)
 /// Rounded, so that a grey sample keeps its value.
 uint16_t lumaOf(Rgb rgb)
 {
-    return uint16_t(inlined::rgbToYrb(rgb).y + 0.5);
+    return uint16_t(clampSampleValue(inlined::rgbToYrb(rgb).y + 0.5));
 }
 
 void writeLuma(const image &from, uint16_t *words)

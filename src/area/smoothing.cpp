@@ -6,15 +6,13 @@
 #include "core/rows.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
-#include <limits>
 
 namespace
 {
 constexpr double kPi = 3.14159265358979323846;
-constexpr int kSpareTaps = 10;
+constexpr size_t kSpareTaps = 10;
 constexpr int kBlock = 64;
 constexpr int kMostTaps = 2 * kMostSmoothingRadius + 1;
 constexpr int kMostBlocks = kMaxImageSide / kBlock + 1;
@@ -56,7 +54,7 @@ public:
         while (int(65535 * kernel.taps[kernel.radius + reach]) == 0)
             --reach;
         for (int i = -reach; i <= reach; ++i)
-            taps[size_t(i + reach)] = {i * step, 0};
+            taps[i + reach] = {i * step, 0};
     }
 
     bool fixWeights()
@@ -65,7 +63,7 @@ public:
             uint32_t weight;
             if (!fixWeight(smoothing.taps[smoothing.radius + i], &weight))
                 return false;
-            taps[size_t(reach + i)].weight = taps[size_t(reach - i)].weight = weight;
+            taps[reach + i].weight = taps[reach - i].weight = weight;
         }
         return true;
     }
@@ -75,7 +73,7 @@ public:
     {
         Line other = *this;
         for (int i = -reach; i <= reach; ++i)
-            other.taps[size_t(i + reach)].offset = i * step;
+            other.taps[i + reach].offset = i * step;
         return other;
     }
 
@@ -101,8 +99,7 @@ public:
     void weigh(const uint16_t *source, int at, int length, int count, uint16_t *sums) const
     {
         const int first = -std::min(reach, at), last = std::min(reach, length - 1 - at);
-        KERNEL_DISPATCH(weighWords, source, &taps[size_t(reach + first)], last - first + 1, count,
-                        sums);
+        KERNEL_DISPATCH(weighWords, source, &taps[reach + first], last - first + 1, count, sums);
     }
 
     int radius() const { return smoothing.radius; }
@@ -112,7 +109,7 @@ public:
 
 private:
     const SmoothingKernel &smoothing;
-    std::array<FixedTap, kMostTaps> taps;
+    FixedTap taps[kMostTaps];
 };
 
 bool allEqual(const uint16_t *words, int count)
@@ -132,15 +129,15 @@ public:
         firstInner = std::min(radius, width);
         endInner = std::max(width - radius, firstInner);
         for (int x = 0; x < firstInner; ++x)
-            outerWeights[size_t(x)] = across.weightAt(x, width);
+            outerWeights[x] = across.weightAt(x, width);
         for (int x = endInner; x < width; ++x)
-            outerWeights[size_t(firstInner + x - endInner)] = across.weightAt(x, width);
+            outerWeights[firstInner + x - endInner] = across.weightAt(x, width);
     }
 
     void acrossRow(const uint16_t *words, uint16_t *out) const
     {
         for (int x = 0; x < firstInner; ++x)
-            outerWord(words, x, outerWeights[size_t(x)], out);
+            outerWord(words, x, outerWeights[x], out);
         int flatWord = 0;
         uint16_t flatResult = 0;
         for (int x = firstInner; x < endInner; x += kBlock) {
@@ -156,7 +153,7 @@ public:
             std::fill_n(out + x, count, flatResult);
         }
         for (int x = endInner; x < width; ++x)
-            outerWord(words, x, outerWeights[size_t(firstInner + x - endInner)], out);
+            outerWord(words, x, outerWeights[firstInner + x - endInner], out);
     }
 
     /// Rows `first` to `end` - 1 of the plane.
@@ -185,7 +182,7 @@ private:
             for (; next <= last; ++next) {
                 const uint16_t *row = words + size_t(next) * size_t(width);
                 for (int block = 0, x = 0; x < width; ++block, x += kBlock) {
-                    int &run = rows[size_t(block)];
+                    int &run = rows[block];
                     if (!allEqual(row + x, std::min(kBlock, width - x)))
                         run = 0;
                     else
@@ -193,12 +190,12 @@ private:
                 }
             }
         }
-        int run(int block) const { return rows[size_t(block)]; }
+        int run(int block) const { return rows[block]; }
 
     private:
         const uint16_t *words;
         int width, next;
-        std::array<int, kMostBlocks> rows{};
+        int rows[kMostBlocks] = {};
     };
 
     void outerWord(const uint16_t *words, int x, double weight, uint16_t *out) const
@@ -268,7 +265,7 @@ private:
     int width, height, firstInner, endInner;
     double amount, wholeWeight;
     SmoothSnap snap;
-    std::array<double, 2 * kMostSmoothingRadius> outerWeights{};
+    double outerWeights[2 * kMostSmoothingRadius] = {};
 };
 } // namespace
 
@@ -278,14 +275,14 @@ bool SmoothingKernel::twoGet(int newRadius)
     radius = 0;
     if (newRadius < 1 || newRadius > kMostSmoothingRadius)
         return false;
-    const int count = 2 * newRadius + 1;
-    if (!ucalloc(&taps, size_t(count + kSpareTaps), sizeof(double), "twoGet() ray"))
+    const size_t count = 2 * size_t(newRadius) + 1;
+    if (!ucalloc(&taps, count + kSpareTaps, sizeof(double), "twoGet() ray"))
         return false;
     radius = newRadius;
     double sum = 0.0;
     for (int i = -radius; i <= radius; ++i)
         sum += taps[radius + i] = std::exp(-double(i * i) / radius) / (radius * kPi);
-    for (int i = 0; i < count; ++i)
+    for (size_t i = 0; i < count; ++i)
         taps[i] /= sum;
     return true;
 }
