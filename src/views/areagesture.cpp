@@ -178,12 +178,18 @@ void AreaGesture::followBand(const QMouseEvent &event)
     }
 }
 
+int AreaGesture::bandTool() const
+{
+    return tool >= 0 ? tool : workspace()->toolSelect;
+}
+
 double AreaGesture::bandAspect() const
 {
     const Workspace &space = *workspace();
+    const int used = bandTool();
     const bool cropping = space.mainOpIndex == kOpCrop;
-    const bool holds = (tool == kToolRectangle && (space.useCropGuides || cropping)) ||
-                       (tool == kToolEllipse && (space.useOvalGuides || cropping));
+    const bool holds = (used == kToolRectangle && (space.useCropGuides || cropping)) ||
+                       (used == kToolEllipse && (space.useOvalGuides || cropping));
     const int entry = space.cropAspect;
     return holds && entry > 0 && entry < int(std::size(kAspects)) ? kAspects[entry] : 0.0;
 }
@@ -196,7 +202,7 @@ QPointF AreaGesture::shownEnd() const
     if (!constrain && aspect == 0.0)
         return bandEnd;
     const QPoint start = sampleUnder(bandStart), end = sampleUnder(bandEnd);
-    const bool radii = tool == kToolEllipse;
+    const bool radii = bandTool() == kToolEllipse;
     const int edge = radii ? 0 : 1;
     int wide = std::abs(end.x() - start.x()) + edge, high = std::abs(end.y() - start.y()) + edge;
     if (constrain)

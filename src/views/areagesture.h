@@ -85,7 +85,8 @@ private:
     void askRectangle(Qt::KeyboardModifiers keys) const;
     void zoomByBand(QPointF client) const;
     void giveToolBack() const;
-    double bandAspect() const;
+    int bandTool() const;
+    double bandAspect() const; ///< longer side by shorter side, 0 for any
 
     // The shared list and the P-Shape
     bool chooseVertex(Qt::KeyboardModifiers keys);
