@@ -53,8 +53,8 @@ TEST_F(Jobs, MasksAreMadeOneAtATimeAndJoinedWithTheBackCopy)
     EXPECT_EQ(img->gmask[17], 30000);
     window->addToMask = true;
     EXPECT_EQ(maskAfterJob(), 60000);
-    EXPECT_EQ(maskAfterJob(), 60000); // still the copy that the drag began with
-    EXPECT_EQ(img->undoList.size(), 1);       // likewise
+    EXPECT_EQ(maskAfterJob(), 60000);   // still the copy that the drag began with
+    EXPECT_EQ(img->undoList.size(), 1); // likewise
     window->beginMaskDrag();
     window->addToMask = false;
     window->subtractFromMask = true;
