@@ -22,7 +22,7 @@ struct Extent {
         low = std::min(low, value);
         high = std::max(high, value);
     }
-    double middle() const { return double((low + high) / 2); }
+    int64_t middle() const { return (low + high) / 2; }
     /// Never 0: points are divided by it.
     double length() const { return high == low ? 1.0 : double(high - low); }
 };
@@ -54,12 +54,12 @@ void PShape::remember(const AreaPoint *pts, int pointCount, const QString &kindN
         across.take(pts[i].x);
         down.take(pts[i].y);
     }
-    const double middleX = across.middle(), middleY = down.middle();
+    const int64_t middleX = across.middle(), middleY = down.middle();
     lastBaseWidth = across.length();
     lastBaseHeight = down.length();
     for (int i = 0; i < pointCount; ++i)
-        lastpolylist[i] = {(pts[i].x - middleX) / lastBaseWidth,
-                           (pts[i].y - middleY) / lastBaseHeight};
+        lastpolylist[i] = {double(pts[i].x - middleX) / lastBaseWidth,
+                           double(pts[i].y - middleY) / lastBaseHeight};
     lastCount = pointCount;
     lastClosed = openFigure;
     kind = kindName;
