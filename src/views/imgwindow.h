@@ -4,8 +4,10 @@
 #include "core/filerecord.h"
 #include "core/memory.h"
 #include "views/areagesture.h"
+#include "views/areaoverlay.h"
 #include "views/notationeditor.h"
 #include "views/rulers.h"
+#include "views/selectionoutline.h"
 #include "views/workerthread.h"
 
 #include <QDialog>
@@ -210,6 +212,9 @@ public:
     int renderCount() const { return renders; }
     int scrollCount() const { return scrolls; }
     const Rulers &rulersShown() const { return rulers; }
+    const SelectionOutline &outlineShown() const { return outline; }
+    const OutlineMarch &outlineMarch() const { return march; }
+    const AreaFigure &figureShown() const { return figure; }
 
     /// Starts a job beside the main thread. A preview job lets previewProducer work on a
     /// copy, which then takes the image's place with an undo record; a mask job lets
@@ -370,6 +375,9 @@ private:
     void drawGuides(QPainter *painter) const;
     void drawGuide(QPainter *painter, Qt::Orientation way, int place) const;
     void drawSelection(QPainter *painter);
+    /// The window is the one that the person works in, and an outline is seen.
+    bool outlineMoves() const;
+    void moveOutline();
     bool rulersOn() const;
     QRect pictureRect() const;
 
@@ -414,8 +422,10 @@ private:
     bool painting = false;
     bool fitting = false;
     bool outlineStale = true;
-    bool outlineSeen = false;
-    QImage outline; ///< of the selection, as `cache` shows the image
+    SelectionOutline outline; ///< as `cache` shows the image
+    int outlinePhase = 0;     ///< in device pixels
+    OutlineMarch march{this, [this] { return outlineMoves(); }, [this] { moveOutline(); }};
+    AreaFigure figure;
     int renders = 0, scrolls = 0;
     ViewGeometry cached;      ///< what the cache shows
     bool onlyPanned = false;  ///< since then

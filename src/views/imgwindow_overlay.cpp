@@ -88,6 +88,7 @@ void imgWindow::drawOverlay(QPainter *painter)
         painter->setClipRect(QRect(thick, thick, cache.width(), cache.height()), Qt::IntersectClip);
     }
     drawSelection(painter);
+    figure.draw(painter, *this);
 }
 
 void imgWindow::drawGrid(QPainter *painter) const
@@ -157,13 +158,35 @@ void imgWindow::drawGuide(QPainter *painter, Qt::Orientation way, int place) con
 
 void imgWindow::drawSelection(QPainter *painter)
 {
+    DashLook look = dashLook(devicePixelRatioF());
     if (outlineStale) {
-        const int dash = std::max(1, qRound(kDashLength * devicePixelRatioF()));
-        outlineSeen = maskOutline(*img, geometryShown(), dash, &outline);
+        outline.trace(*img, geometryShown(), look.line);
         outlineStale = false;
     }
-    if (outlineSeen)
-        painter->drawImage(QPoint(0, 0), outline);
+    look.phase = outlinePhase;
+    outline.draw(painter, look);
+    march.settle();
+}
+
+bool imgWindow::outlineMoves() const
+{
+    const ViewHost *host = viewHost();
+    return outline.seen() && workspace()->marchingOutline && host && host->currentWindow == this &&
+           isVisible() && !isMinimized() && isActiveWindow() && !gesture.rubberBand && validImage();
+}
+
+/// Only where the outline is seen the window is painted again.
+void imgWindow::moveOutline()
+{
+    const double ratio = devicePixelRatioF();
+    const DashLook look = dashLook(ratio);
+    outlinePhase = (outlinePhase + look.line) % look.period();
+    QRegion due;
+    for (const QRect &place : outline.places())
+        due +=
+            QRectF(QPointF(place.topLeft()) / ratio, QSizeF(place.size()) / ratio).toAlignedRect();
+    paintOverlayOnly = !rebuildCache;
+    update(due);
 }
 
 void imgWindow::ongridchangetriggered()

@@ -7,30 +7,25 @@
 #include "views/render_kernels.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <vector>
 
 namespace
 {
-constexpr int kOutside = -1;
-constexpr int kLongestDash = 1 << 10;
 constexpr size_t kMostStrips = 64;
-constexpr uint32_t kDashDark = 0xFF101010, kDashLight = 0xFFF4F4F4;
 
-/// The image column (or row) of a client column, kOutside where there is none. The test
+/// The image column (or row) of a client column, kNoSample where there is none. The test
 /// comes before the truncation, or half a sample left of the image would show its edge.
 int32_t sampleOf(int pixel, double step, int pan, int size)
 {
     const double place = pixel * step + pan;
-    return place >= 0.0 && place < size ? int32_t(place) : kOutside;
+    return place >= 0.0 && place < size ? int32_t(place) : kNoSample;
 }
 
-void fillTable(int32_t *table, int first, int count, double step, int pan, int size)
+int64_t pixelOrigin(int pan, double step, int offset)
 {
-    for (int i = 0; i < count; ++i)
-        table[i] = sampleOf(first + i, step, pan, size);
+    return int64_t(std::floor(pan / step + 0.5)) - offset;
 }
 
 /// One axis of a view.
@@ -38,9 +33,13 @@ struct Axis {
     double step;
     int pan, offset, pixels, size; ///< `size` of the image
 
-    void fill(int32_t *table) const { fillTable(table, -offset, pixels, step, pan, size); }
-    /// Place of the client's first pixel, counted from image position 0 in whole pixels.
-    int64_t origin() const { return int64_t(std::floor(pan / step + 0.5)) - offset; }
+    void fill(int32_t *table) const { fill(table, 0, pixels); }
+    void fill(int32_t *table, int first, int count) const
+    {
+        for (int i = 0; i < count; ++i)
+            table[i] = sampleOf(first + i - offset, step, pan, size);
+    }
+    int64_t origin() const { return pixelOrigin(pan, step, offset); }
 };
 
 Axis acrossOf(const image &img, const ViewGeometry &view)
@@ -65,23 +64,6 @@ int pixelAt(double place, double step, int pan, int offset, int most)
     constexpr double slack = 1e-6; // a place on a pixel may come out a hair behind it
     const double pixel = std::ceil((place - pan) / step - slack) + offset;
     return int(std::clamp(pixel, -2.0, most + 2.0));
-}
-
-struct Range {
-    int first, end;
-};
-
-/// The entries of a table that are not kOutside; they are neighbours.
-Range insideOf(const int32_t *table, int count)
-{
-    const auto inside = [](int32_t place) { return place >= 0; };
-    const int32_t *first = std::find_if(table, table + count, inside);
-    return {int(first - table), int(std::find_if_not(first, table + count, inside) - table)};
-}
-
-bool usable(const image &img, const ViewGeometry &view)
-{
-    return img.valid() && view.width > 0 && view.height > 0 && view.xStep > 0.0 && view.yStep > 0.0;
 }
 
 /// A row of 16-bit greys for each row phase of the checker.
@@ -116,7 +98,7 @@ public:
         uint16_t *second = greys.get() + view.width;
         fillBackdrop(greys.get(), second, view.width, checkerPhase(across, backdrop.cell),
                      backdrop);
-        const Range inside = insideOf(columnTable, view.width);
+        const PixelRange inside = samplesInside(columnTable, view.width);
         job.red = img.red, job.green = img.green, job.blue = img.blue, job.alpha = img.alpha;
         job.imageWidth = img.width;
         job.columns = columnTable, job.rows = rowTable;
@@ -134,7 +116,7 @@ public:
     const int32_t *columns() const { return job.columns; }
     const int32_t *rows() const { return job.rows; }
 
-    void render(Range columnRange, Range rowRange)
+    void render(PixelRange columnRange, PixelRange rowRange)
     {
         job.left = columnRange.first, job.right = columnRange.end;
         const int from = rowRange.first;
@@ -151,7 +133,7 @@ private:
 
 /// The pixels of one axis that a move by `shift` cannot supply.
 struct Strips {
-    std::vector<Range> list;
+    std::vector<PixelRange> list;
     int64_t pixels = 0;
 
     Strips(const int32_t *now, const int32_t *before, int count, int64_t shift)
@@ -190,86 +172,6 @@ void movePixels(QImage *out, int dx, int dy)
         for (int y = end - 1; y >= first; --y)
             moveRow(y);
 }
-
-/// What a row of the mask holds over the columns shown.
-enum RowState : uint8_t { kNone, kSome, kAll };
-
-RowState stateOf(const uint16_t *mask, int count)
-{
-    uint16_t any = 0, clear = 0;
-    for (int i = 0; i < count; ++i) {
-        any |= mask[i];
-        clear |= uint16_t(mask[i] == 0);
-    }
-    return any == 0 ? kNone : clear == 0 ? kAll : kSome;
-}
-
-/// For every pixel of a client area and of a margin of one around it: is it selected?
-/// Selections are mostly of one piece, so rows that are all one are told apart first.
-struct SelectedPixels {
-    const image &img;
-    const ViewGeometry &view;
-    const int32_t *columns, *rows; ///< entry 0 is the pixel before the client area
-    Range inside;                  ///< the columns that show the image
-    uint8_t *states;               ///< a RowState for each row
-    uint8_t *bytes;                ///< of rows in state kSome and kAll
-
-    int stride() const { return view.width + 2; }
-    uint8_t *line(int y) const { return bytes + int64_t(y) * stride(); }
-
-    /// Fills lines of the margin's count; true if anything is selected in them.
-    bool fill(int first, int end) const
-    {
-        bool any = false;
-        for (int y = first; y < end; ++y) {
-            if (rows[y] < 0 || inside.first == inside.end)
-                continue; // the zeroed buffers say it already
-            const int from = columns[inside.first], to = columns[inside.end - 1] + 1;
-            const uint16_t *mask = img.gmask + int64_t(rows[y]) * img.width;
-            states[y] = stateOf(mask + from, to - from);
-            uint8_t *out = line(y);
-            if (states[y] == kAll)
-                std::fill(out + inside.first, out + inside.end, uint8_t(1));
-            else if (states[y] == kSome)
-                for (int x = inside.first; x < inside.end; ++x)
-                    out[x] = mask[columns[x]] != 0;
-            any |= states[y] != kNone;
-        }
-        return any;
-    }
-
-    /// Draws where a selected pixel of client row `y` has a neighbour that is not.
-    void draw(int y, const uint32_t *dashes, uint32_t *out) const
-    {
-        const bool flat = states[y] == kAll && states[y + 1] == kAll && states[y + 2] == kAll;
-        if (states[y + 1] == kNone || flat)
-            std::fill(out, out + view.width, 0U);
-        if (states[y + 1] == kNone)
-            return;
-        if (flat) { // only the ends of the row can have such a neighbour
-            drawPixels(y, std::max(inside.first - 1, 0), std::max(inside.first, 1), dashes, out);
-            drawPixels(y, std::min(inside.end - 2, view.width - 1),
-                       std::min(inside.end - 1, view.width), dashes, out);
-        } else {
-            drawPixels(y, 0, view.width, dashes, out);
-        }
-    }
-
-    void drawPixels(int y, int first, int end, const uint32_t *dashes, uint32_t *out) const
-    {
-        const uint8_t *here = line(y + 1) + 1, *above = line(y) + 1, *below = line(y + 2) + 1;
-        for (int x = first; x < end; ++x) {
-            const int inner = above[x] & below[x] & here[x - 1] & here[x + 1];
-            out[x] = here[x] & ~inner ? dashes[x] : 0U;
-        }
-    }
-};
-
-void fillDashes(uint32_t *dashes, int count, int dash)
-{
-    for (int i = 0; i < count; ++i)
-        dashes[i] = i / dash & 1 ? kDashLight : kDashDark;
-}
 } // namespace
 
 int ViewGeometry::columnAt(double x) const
@@ -282,10 +184,42 @@ int ViewGeometry::rowAt(double y) const
     return pixelAt(y, yStep, panY, offsetY, height);
 }
 
+bool ViewGeometry::usableFor(const image &img) const
+{
+    return img.valid() && width > 0 && height > 0 && xStep > 0.0 && yStep > 0.0;
+}
+
+void ViewGeometry::columnSamples(const image &img, int first, int count, int32_t *table) const
+{
+    acrossOf(img, *this).fill(table, first, count);
+}
+
+void ViewGeometry::rowSamples(const image &img, int first, int count, int32_t *table) const
+{
+    downOf(img, *this).fill(table, first, count);
+}
+
+int64_t ViewGeometry::originX() const
+{
+    return pixelOrigin(panX, xStep, offsetX);
+}
+
+int64_t ViewGeometry::originY() const
+{
+    return pixelOrigin(panY, yStep, offsetY);
+}
+
+PixelRange samplesInside(const int32_t *table, int count)
+{
+    const auto inside = [](int32_t place) { return place >= 0; };
+    const int32_t *first = std::find_if(table, table + count, inside);
+    return {int(first - table), int(std::find_if_not(first, table + count, inside) - table)};
+}
+
 bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &backdrop,
                 QImage *out)
 {
-    if (!usable(img, view) || backdrop.cell < 1)
+    if (!view.usableFor(img) || backdrop.cell < 1)
         return false;
     if (out->width() != view.width || out->height() != view.height)
         *out = QImage(view.width, view.height, QImage::Format_RGB32);
@@ -299,7 +233,7 @@ bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &
 bool scrollView(const image &img, const ViewGeometry &before, const ViewGeometry &view,
                 const ViewBackdrop &backdrop, QImage *out)
 {
-    if (!usable(img, view) || backdrop.cell < 1 || out->width() != view.width ||
+    if (!view.usableFor(img) || backdrop.cell < 1 || out->width() != view.width ||
         out->height() != view.height || before.width != view.width ||
         before.height != view.height || before.xStep != view.xStep || before.yStep != view.yStep)
         return false;
@@ -320,50 +254,9 @@ bool scrollView(const image &img, const ViewGeometry &before, const ViewGeometry
         2 * (columns.pixels * view.height + rows.pixels * view.width) > all)
         return false;
     movePixels(out, int(dx), int(dy));
-    for (const Range &strip : columns.list)
+    for (const PixelRange &strip : columns.list)
         repaint.render(strip, {0, view.height});
-    for (const Range &strip : rows.list)
+    for (const PixelRange &strip : rows.list)
         repaint.render({0, view.width}, strip);
-    return true;
-}
-
-bool maskOutline(const image &img, const ViewGeometry &view, int dash, QImage *out)
-{
-    if (!usable(img, view) || !img.gmask || dash < 1 || dash > kLongestDash)
-        return false;
-    const size_t columns = size_t(view.width) + 2, rows = size_t(view.height) + 2;
-    const int period = 2 * dash;
-    const TrackedBuffer<int32_t> tables(columns + rows, "outline tables");
-    const TrackedBuffer<uint8_t> bytes(columns * rows + rows, "outline pixels");
-    const TrackedBuffer<uint32_t> dashes(columns + size_t(period), "outline dashes");
-    if (!tables || !bytes || !dashes)
-        return false;
-    fillTable(tables.get(), -1 - view.offsetX, int(columns), view.xStep, view.panX, img.width);
-    fillTable(tables.get() + columns, -1 - view.offsetY, int(rows), view.yStep, view.panY,
-              img.height);
-    const SelectedPixels selected{img,
-                                  view,
-                                  tables.get(),
-                                  tables.get() + columns,
-                                  insideOf(tables.get(), int(columns)),
-                                  bytes.get(),
-                                  bytes.get() + rows};
-    std::atomic<bool> any{false};
-    parallelRows(int(rows), int(columns), [&](int first, int end) {
-        if (selected.fill(first, end))
-            any = true;
-    });
-    if (!any)
-        return false;
-    if (out->width() != view.width || out->height() != view.height)
-        *out = QImage(view.width, view.height, QImage::Format_ARGB32_Premultiplied);
-    if (out->isNull())
-        return false;
-    fillDashes(dashes.get(), int(columns) + period, dash);
-    auto *pixels = reinterpret_cast<uint32_t *>(out->bits());
-    parallelRows(view.height, view.width, [&](int first, int end) {
-        for (int y = first; y < end; ++y)
-            selected.draw(y, dashes.get() + y % period, pixels + int64_t(y) * view.width);
-    });
     return true;
 }

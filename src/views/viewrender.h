@@ -19,7 +19,25 @@ struct ViewGeometry {
     /// line in front of that sample stands. Limited to a little more than the client area.
     int columnAt(double x) const;
     int rowAt(double y) const;
+    /// Something of the image can be shown.
+    bool usableFor(const image &img) const;
+    /// The image columns (rows) that `count` client columns from `first` on show, kNoSample
+    /// where they show none.
+    void columnSamples(const image &img, int first, int count, int32_t *table) const;
+    void rowSamples(const image &img, int first, int count, int32_t *table) const;
+    /// Place of the client's first pixel, counted from image position 0 in whole pixels.
+    int64_t originX() const;
+    int64_t originY() const;
 };
+
+constexpr int32_t kNoSample = -1;
+
+struct PixelRange {
+    int first, end;
+};
+
+/// The entries of a table of samples that are not kNoSample; they are neighbours.
+PixelRange samplesInside(const int32_t *table, int count);
 
 /// What stands behind transparent samples and around the image. The checker lies still in
 /// the image, so that it moves with a pan.
@@ -41,8 +59,3 @@ bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &
 /// or sizes, or so little stays that rendering afresh is no slower.
 bool scrollView(const image &img, const ViewGeometry &before, const ViewGeometry &view,
                 const ViewBackdrop &backdrop, QImage *out);
-
-/// Draws the outline of the area selection as it falls on the client area into `out`, in
-/// dashes of two colours on transparency. False, with `out` of no use, if none of it is
-/// seen. `dash` is a dash's length in device pixels.
-bool maskOutline(const image &img, const ViewGeometry &view, int dash, QImage *out);

@@ -121,7 +121,6 @@ TEST(Render, RefusesWhatCannotBeShown)
     EXPECT_FALSE(renderView(*img, ViewGeometry{}, {}, &out));
     image empty;
     EXPECT_FALSE(renderView(empty, {1, 1, 0, 0, 9, 9}, {}, &out));
-    EXPECT_FALSE(maskOutline(empty, {1, 1, 0, 0, 9, 9}, 4, &out));
 }
 
 TEST(Render, WarpsShowWhereTheyFetchFrom)
@@ -143,43 +142,6 @@ TEST(Render, WarpsShowWhereTheyFetchFrom)
     EXPECT_EQ(green(moved, middle), green(still, middle + kWarpSquare));
     EXPECT_GT(qRed(moved.pixel(middle, middle)), green(moved, middle)) << "tinted where it moves";
     EXPECT_FALSE(renderWarp(*field, {}, surround, &moved));
-}
-
-TEST(Outline, SurroundsTheSelectionAndNothingElse)
-{
-    const struct {
-        const char *fault;
-        ViewGeometry view;
-        uint32_t clearOf; ///< one in so many samples is not selected, 0 for none
-    } rows[] = {{"ragged", {0.4, 0.6, -3, 7, 200, 90}, 4},
-                {"rows of one piece", {0.4, 0.6, -3, 7, 200, 90}, 80},
-                {"whole at its edges", {0.6, 0.5, 0, 0, 100, 100}, 0},
-                {"whole within", {0.3, 0.5, -9, -9, 250, 150}, 0},
-                {"one column", {100, 0.5, 0, 0, 1, 100}, 0}};
-    TestHost host;
-    const auto img = plainImage(60, 50, 0, 0, 0);
-    std::mt19937 random(5);
-    for (const auto &[fault, view, clearOf] : rows) {
-        for (int64_t i = 0; i < img->sampleCount(); ++i)
-            img->gmask[i] = clearOf == 0 ? 9 : random() % clearOf ? 65535 : 0;
-        const auto selected = [&, at = view](int px, int py) {
-            const double x = px * at.xStep + at.panX, y = py * at.yStep + at.panY;
-            return x >= 0 && y >= 0 && img->maskAt(int(x), int(y)) != 0;
-        };
-        QImage outline;
-        ASSERT_TRUE(maskOutline(*img, view, 4, &outline));
-        int wrong = 0;
-        for (int i = 0; i < view.width * view.height; ++i) {
-            const int x = i % view.width, y = i / view.width;
-            const bool edge = selected(x, y) && !(selected(x - 1, y) && selected(x + 1, y) &&
-                                                  selected(x, y - 1) && selected(x, y + 1));
-            wrong += edge != (qAlpha(outline.pixel(x, y)) != 0);
-        }
-        EXPECT_EQ(wrong, 0) << fault;
-    }
-    img->fillGmask(0);
-    QImage none;
-    EXPECT_FALSE(maskOutline(*img, rows[0].view, 4, &none));
 }
 
 class Paint : public testing::Test
