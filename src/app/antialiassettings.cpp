@@ -69,7 +69,7 @@ void SmoothingSample::selectDisc()
 {
     if (!picture->gmask)
         return;
-    constexpr double middle = 3.0, radius = 17.0; // a quarter of it is seen
+    constexpr double middle = 2.5, radius = 17.3; // a quarter of it is seen
     for (int y = 0; y < kSampleSide; ++y)
         for (int x = 0; x < kSampleSide; ++x) {
             const bool in = std::hypot(x - middle, y - (kSampleSide - middle)) <= radius;
