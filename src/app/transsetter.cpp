@@ -30,7 +30,7 @@ TransSetter::TransSetter(QWidget *parent)
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     setAttribute(Qt::WA_DeleteOnClose);
     for (QLabel *number : {ui->amplitudeText, ui->floorText})
-        number->setMinimumWidth(fontMetrics().horizontalAdvance(percentage(-99.9)));
+        number->setMinimumWidth(fontMetrics().horizontalAdvance(percentage(-9.99)));
     showControls();
     ui->plot->setCurve(before.mode, before.amplitude * factorValue(before.factor), before.floor);
     restorePlace();
