@@ -118,6 +118,27 @@ public:
     void rememberPlace(imgWindow *window) override;
     void closeHelpers() override;
 
+    // --- Area tools: what their buttons, menu entries and keys do, by command ------------
+    void on_rectangle_clicked();
+    void on_xyrect_clicked();
+    void on_ellipse_clicked();
+    void on_entire_clicked();
+    void on_magglass_clicked();
+    void on_polygon_clicked();
+    void on_pencil_clicked();
+    void on_redo_clicked();
+    void on_wand_clicked();
+    void on_polyspline_clicked();
+    void on_pshape_clicked();
+    void on_textTool_clicked();
+    void on_toolButton_clicked();
+    void on_malpha_clicked(bool on);
+    void toggleInvertSelections();
+    void toggleOpenFigure();
+    void toggleFilledFigure();
+    void toggleOutlineObject();
+    void toggleSelectMode();
+
 public slots:
     void OnTimer();
     void OnTimerTwo();
@@ -173,25 +194,6 @@ public slots:
     void on_actionSoft_Dissolve_triggered();
     void on_actionForeground_Color_triggered();
     void on_actionBackground_Color_triggered();
-    void on_rectangle_clicked();
-    void on_xyrect_clicked();
-    void on_ellipse_clicked();
-    void on_entire_clicked();
-    void on_magglass_clicked();
-    void on_polygon_clicked();
-    void on_pencil_clicked();
-    void on_redo_clicked();
-    void on_wand_clicked();
-    void on_polyspline_clicked();
-    void on_pshape_clicked();
-    void on_textTool_clicked();
-    void on_toolButton_clicked();
-    void on_malpha_clicked(bool on);
-    void toggleInvertSelections();
-    void toggleOpenFigure();
-    void toggleFilledFigure();
-    void toggleOutlineObject();
-    void toggleSelectMode();
     void on_actionAntialias_triggered();
     void on_actionGlobal_Pick_triggered(bool on);
     void on_actionMarching_Outline_triggered(bool on);

@@ -318,8 +318,9 @@ void MainWindow::on_actionMarching_Outline_triggered(bool on)
 /// The preview eyepoint: the next click says what the operator preview shows.
 void MainWindow::on_toolButton_clicked()
 {
-    if (imgWindow *window = validCurrent())
-        window->command(kCommandEyepoint);
+    eyepointPending = !eyepointPending;
+    statusText(eyepointPending ? tr("Click in an image to choose what the preview shows")
+                               : tr("The preview shows what it showed before"));
     syncAreaTools();
 }
 

@@ -52,6 +52,7 @@ constexpr HostCommand kHostCommands[] = {
     {kCommandFilledFigure, &MainWindow::toggleFilledFigure},
     {kCommandOutlineObject, &MainWindow::toggleOutlineObject},
     {kCommandSelectMode, &MainWindow::toggleSelectMode},
+    {kCommandEyepoint, &MainWindow::on_toolButton_clicked},
 };
 
 /// Mixes the origin's samples into an image of its size, by the selection.

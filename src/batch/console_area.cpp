@@ -19,6 +19,7 @@ constexpr int kFurthestPlace = 2 * kMaxImageSide;
 constexpr double kMostRadius = 40743;
 /// The closing point follows, and then the list is full.
 constexpr int kMostCorners = kLastGrowingCount;
+constexpr int kLeastCorners = 3;
 constexpr int kMostTolerance = 100;
 constexpr double kMostAmount = 10; ///< share of the smoothed selection, either way
 constexpr const char *kBoxSides[] = {"LEFT", "TOP", "RIGHT", "BOTTOM"};
@@ -107,11 +108,12 @@ bool Console::readCorners(const QStringList &arguments)
     return true;
 }
 
-/// Closes the figure of the shared list and selects it, which leaves the list empty.
-bool Console::selectFigure(AreaPoint closing, bool (*produce)(image *, bool))
+/// Ends the figure of the shared list with a repeated point and selects it, which leaves the
+/// list empty.
+bool Console::selectFigure(AreaPoint repeated, bool (*produce)(image *, bool))
 {
     AreaState *state = areaState();
-    state->appendPoint(closing.x, closing.y);
+    state->appendPoint(repeated.x, repeated.y);
     const bool done = select([produce](image *img) { return produce(img, true); });
     state->clearPoints();
     return done;
@@ -119,7 +121,17 @@ bool Console::selectFigure(AreaPoint closing, bool (*produce)(image *, bool))
 
 bool Console::polygon(const QStringList &arguments)
 {
-    return readCorners(arguments) && selectFigure(areaState()->points[0], polygonSelect);
+    if (!readCorners(arguments))
+        return false;
+    AreaState *state = areaState();
+    const AreaPoint first = state->points[0];
+    if (state->pointCount < kLeastCorners) {
+        state->clearPoints();
+        return fail(QStringLiteral("nothing to select"));
+    }
+    if (state->points[state->pointCount - 1] == first) // its corners close it already
+        --state->pointCount;
+    return selectFigure(first, polygonSelect);
 }
 
 bool Console::spline(const QStringList &arguments)

@@ -87,6 +87,7 @@ TEST(ConsoleArea, WhatCannotBeSelectedIsToldAndChangesNothing)
                  {".wand 0 0 101", "TOL is 0 to 100, not \"101\""},
                  {".polygon", "usage: .polygon X1 Y1 X2 Y2..."},
                  {".polygon 1 1", "nothing to select"},
+                 {".polygon 1 1 3 3", "nothing to select"},
                  {".spline 1 1", "nothing to select"},
                  {".spline 1 1 2 2 3", "each X needs a Y"},
                  {".polygon 1 1 2 2 70000 3", "X is -65534 to 65534, not \"70000\""},
