@@ -135,7 +135,9 @@ private:
             const auto turn = int64_t(std::floor((pathA + place * length) / look.dash + 1e-9));
             const double next = (double(turn + 1) * look.dash - pathA) / length;
             const double end = std::clamp(next, place, to);
-            lines[size_t(turn & 1)].push_back(QLineF(a + place * d, a + end * d));
+            // Both ends of a line are drawn: a dash stops short of the one that follows it.
+            const double shown = next > to ? end : std::max(place, end - look.line / length);
+            lines[size_t(turn & 1)].push_back(QLineF(a + place * d, a + shown * d));
             ++pieces;
             place = end > place ? end : to;
         } while (place < to && pieces < kMostPieces);
@@ -320,6 +322,21 @@ int64_t lengthThrough(const AreaPoint *points, int count)
     return length;
 }
 
+/// Points of a closed curve that go round once; further on it runs over the same way, where
+/// its dashes would cover each other. There are three more stretches than knots.
+int onceRound(const CurvePoints &curve, int knots)
+{
+    const int64_t end = int64_t(curve.count) * knots / (knots + 3);
+    const int64_t slack = curve.count / (knots + 3);
+    const AreaPoint &start = curve.points[0];
+    for (int64_t i = std::max<int64_t>(end - slack, 1);
+         i < std::min<int64_t>(end + slack, curve.count); ++i)
+        if (std::abs(int64_t(curve.points[i].x) - start.x) <= 1 &&
+            std::abs(int64_t(curve.points[i].y) - start.y) <= 1)
+            return int(i) + 1;
+    return curve.count;
+}
+
 uint64_t mixed(uint64_t hash, uint64_t word)
 {
     return (hash ^ word) * 0x100000001B3 ^ hash >> 29;
@@ -354,6 +371,8 @@ const CurvePoints *AreaFigure::curve(bool open)
     auto made = std::make_unique<CurvePoints>(splinePoints(list.get(), count + 1));
     if (!made->points)
         return nullptr;
+    if (!open && count > 2)
+        made->count = onceRound(*made, count);
     shownCurve = std::move(made);
     knots = wanted;
     return shownCurve.get();
