@@ -190,6 +190,8 @@ void MainWindow::on_actionApply_Again_triggered()
     image *img = operated(window->img);
     if (!img)
         return;
+    for (imgWindow *view : windowsOf(img))
+        view->settleJobs();
     {
         BusyGuard guard(busy);
         updateEnabledStates();

@@ -98,6 +98,7 @@ void MainWindow::on_actionRestore_from_Origin_triggered()
         statusText(tr("Nothing selected (Ctrl+A selects all)"));
         return;
     }
+    window->settleJobs();
     beginAct(img);
     mixFrom(*originImage, img);
     samplesChanged(img);

@@ -16,7 +16,6 @@
 namespace
 {
 constexpr int kMostGrowth = 500;
-constexpr int kMostFeather = 200;
 } // namespace
 
 /// The image whose selection the menu's acts change; null, and nothing is done, without one.
@@ -75,9 +74,9 @@ void MainWindow::on_actionShrink_Selection_triggered()
 
 void MainWindow::on_actionFeather_Selection_triggered()
 {
-    changeSelectionBy(tr("Feather"), tr("Makes the edge of the selection soft by smoothing it."),
-                      &feather, kMostFeather,
-                      [](image *img, int radius) { return smoothSelection(img, radius, 1.0); });
+    changeSelectionBy(tr("Feather"),
+                      tr("Makes the edge of the selection soft, as far to either side."), &feather,
+                      kMostFeather, featherSelection);
 }
 
 void MainWindow::on_actionSave_Selection_triggered()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "area/smoothing.h"
 
+#include "area/mask.h"
 #include "area/smoothing_kernels.h"
 #include "core/image.h"
 #include "core/rows.h"
@@ -315,4 +316,58 @@ bool smoothSelection(image *img, int radius, double amount)
 {
     SmoothingKernel kernel;
     return img && kernel.twoGet(radius) && antialiasMask(kernel, *img, amount, img->gmask);
+}
+
+namespace
+{
+/// What a plane that holds one word everywhere becomes, well away from its edges: a little
+/// less, because each product is truncated.
+int smoothedLevel(const SmoothingKernel &kernel, int word)
+{
+    for (int direction = 0; direction < 2; ++direction) {
+        int sum = 0;
+        double weight = 0.0;
+        for (int i = 0; i <= 2 * kernel.radius; ++i) {
+            sum += int(word * kernel.taps[i]);
+            weight += kernel.taps[i];
+        }
+        word = int(sum / weight);
+    }
+    return word > 65527 ? 65535 : word;
+}
+
+/// Brings a level back to 65535 and all words with it.
+void stretchMask(image *img, int level)
+{
+    parallelRows(img->height, img->width, [=](int first, int end) {
+        for (int64_t i = int64_t(first) * img->width; i < int64_t(end) * img->width; ++i) {
+            const int64_t word = (int64_t(img->gmask[i]) * 65535 + level / 2) / level;
+            img->gmask[i] = uint16_t(std::min<int64_t>(word, 65535));
+        }
+    });
+}
+} // namespace
+
+bool featherSelection(image *img, int distance)
+{
+    if (!img || !img->gmask || distance < 1 || distance > kMostFeather)
+        return false;
+    // The bell of radius r has a variance of r / 2, variances of smoothings add up, and an
+    // edge is soft for two deviations to either side.
+    const int sum = std::max(1, distance * distance / 2);
+    const int passes = (sum + kMostSmoothingRadius - 1) / kMostSmoothingRadius;
+    SmoothingKernel kernel;
+    Mask before;
+    if (!kernel.twoGet((sum + passes - 1) / passes) || !before.copyFrom(*img))
+        return false;
+    int level = 65535;
+    for (int pass = 0; pass < passes; ++pass) {
+        if (!antialiasMask(kernel, *img, 1.0, img->gmask)) {
+            std::copy_n(before.mask, before.size, img->gmask);
+            return false;
+        }
+        level = smoothedLevel(kernel, level);
+    }
+    stretchMask(img, level);
+    return true;
 }

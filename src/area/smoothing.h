@@ -31,5 +31,12 @@ public:
 /// was, if memory is short or there is no kernel.
 bool antialiasMask(const SmoothingKernel &kernel, const image &img, double amount, uint16_t *plane);
 
+constexpr int kMostFeather = 60;
+
+/// Softens the edge of the image's selection over about `distance` samples to either side, 1
+/// to kMostFeather: as many smoothings as that takes, and what was full far within stays so.
+/// False, with the selection as it was, if memory is short.
+bool featherSelection(image *img, int distance);
+
 /// Smooths the image's selection by radius and amount.
 bool smoothSelection(image *img, int radius, double amount);

@@ -404,13 +404,6 @@ bool imgWindow::areaCommand(int number)
         if (!gesture.rerunWand())
             workspace()->statusText(tr("Click in this image with the wand first"));
         return true;
-    case kCommandEyepoint:
-        host->eyepointPending = !host->eyepointPending;
-        workspace()->statusText(host->eyepointPending
-                                    ? tr("Click in an image to choose what the preview shows")
-                                    : tr("The preview shows what it showed before"));
-        host->updateMenus();
-        return true;
     case kCommandMagnifyOnce:
         magnifyOnce(host);
         return true;

@@ -10,6 +10,7 @@
 #include <QProgressDialog>
 #include <QSettings>
 #include <QStatusBar>
+#include <QToolBar>
 #include <QToolButton>
 
 namespace
@@ -161,10 +162,11 @@ TEST_F(AppTest, TheRayTracersPictureIsOfferedWhenItIsThere)
 
 TEST_F(AppTest, ToolButtonsTakeOwnIconsAndFollowSettings)
 {
-    const QList<QToolButton *> buttons = main->findChildren<QToolButton *>();
     int tools = 0;
-    for (const QToolButton *button : buttons)
-        tools += button->contextMenuPolicy() == Qt::CustomContextMenu;
+    for (const char *bar : {"toolBar", "viewBar"})
+        for (const QToolButton *button :
+             main->findChild<QToolBar *>(bar)->findChildren<QToolButton *>())
+            tools += button->contextMenuPolicy() == Qt::CustomContextMenu;
     EXPECT_EQ(tools, 16);
     QStringList icons;
     for (int i = 0; i < 16; ++i)

@@ -184,6 +184,23 @@ TEST(Smoothing, EveryRadiusUpToTheGreatestWorksAndNoOther)
     EXPECT_EQ(memSize(kernel.taps), 13 * int64_t(sizeof(double)));
 }
 
+TEST(Smoothing, AFeatherIsAsWideAsAskedAndLeavesTheInsideFull)
+{
+    RecordingWorkspace ws;
+    for (const int distance : {1, 5, 20, 60}) {
+        const ImagePtr img = plainImage(300, 40, 0, 0, 0);
+        for (int i = 0; i < 300 * 40; ++i)
+            img->gmask[i] = i % 300 < 150 ? 65535 : 0;
+        ASSERT_TRUE(featherSelection(img.get(), distance));
+        EXPECT_EQ(img->gmask[2 * 300 + 10], 65535) << distance;
+        EXPECT_NEAR((img->maskAt(149, 20) + img->maskAt(150, 20)) / 2.0, 32768, 900) << distance;
+        EXPECT_GT(img->maskAt(149 + (distance + 1) / 2, 20), 2000) << distance;
+        EXPECT_LT(img->maskAt(150 + distance + distance / 2, 20), 2000) << distance;
+        EXPECT_EQ(img->maskAt(295, 20), 0) << distance;
+    }
+    EXPECT_FALSE(featherSelection(plainImage(9, 9, 0, 0, 0).get(), kMostFeather + 1));
+}
+
 TEST(Masks, GrowAndShrinkByARoundNeighbourhood)
 {
     for (int radius : {1, 2, 3, 5, 8, 16})
@@ -274,6 +291,7 @@ TEST(Masks, WithoutMemoryTheSelectionStays)
     const auto other = randomImage(20, 20, 4);
     Mask saved;
     failEachAllocation(img.get(), "smooth", [&] { return smoothSelection(img.get(), 3, 1.0); });
+    failEachAllocation(img.get(), "feather", [&] { return featherSelection(img.get(), 40); });
     failEachAllocation(img.get(), "wand", [&] { return wandSelect(img.get(), 5, 5, 30); });
     failEachAllocation(img.get(), "grow", [&] { return growSelection(img.get(), 3); });
     failEachAllocation(img.get(), "shrink", [&] { return shrinkSelection(img.get(), 3); });
