@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "area/areastate.h"
+#include "area/areatools.h"
 #include "core/image.h"
 #include "core/workspace.h"
+#include "views/commitselection.h"
 #include "views/imgwindow.h"
 #include "views/selectionoutline.h"
 #include "views/viewrender.h"
@@ -125,6 +128,27 @@ BenchCase windowAt(std::function<void(imgWindow *)> step)
     return made;
 }
 
+/// The end of a gesture without its undo record, which has a limit of its own, and with the
+/// outline on the screen.
+BenchCase commit(int tool)
+{
+    static const std::unique_ptr<AreaState> state(areaState() ? nullptr : new AreaState);
+    return windowAt([tool](imgWindow *window) {
+        workspace()->rectaa = workspace()->ellaa = workspace()->polyaa = false;
+        window->img->noUndo = true;
+        const bool ellipse = tool == kToolEllipse;
+        window->gesture.bandStart = ellipse ? QPointF(3000, 2000) : QPointF(900, 600);
+        window->gesture.bandEnd = ellipse ? QPointF(5400, 3600) : QPointF(5099, 3399);
+        constexpr int corners = 1000;
+        for (int i = 0; tool == kToolPolygon && i <= corners; ++i) {
+            const double angle = 2 * M_PI * i / corners, reach = 1400 + i % corners * 7919 % 500;
+            areaState()->appendPoint(int(3000 + 1.5 * reach * std::cos(angle)),
+                                     int(2000 + reach * std::sin(angle)));
+        }
+        commitSelection(window, tool);
+    });
+}
+
 /// What a window draws when its view or its image changed: the picture and the outline of
 /// the selection, none or (with `mask` 1 and 2) a ragged and a whole one.
 BenchCase whole(int mask)
@@ -204,8 +228,12 @@ void registerViewBenchmarks()
             window->command(window->panX > 0 ? kCommandLeft10 : kCommandRight10);
         });
     });
+    registerRatio("commit/rectangle", 1.0, []() { return commit(kToolRectangle); });
+    registerRatio("commit/ellipse", 1.0, []() { return commit(kToolEllipse); });
+    registerRatio("commit/polygon", 1.0, []() { return commit(kToolPolygon); });
     registerRatio("view/march_step", 0.25, []() { return marchStep(); });
     registerRatio("view/with_outline_none", kLimitWithOutline, []() { return whole(0); });
-    registerRatio("view/with_outline_soft", kLimitWithOutline, []() { return whole(1); });
+    // noise everywhere: an outline around nearly every pixel, traced and drawn
+    registerRatio("view/with_outline_soft", 0.5, []() { return whole(1); });
     registerRatio("view/with_outline_full", kLimitWithOutline, []() { return whole(2); });
 }

@@ -5,31 +5,72 @@
 #include "core/rows.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace
 {
-/// The rectangle of the samples that `matches` accepts. Each row is searched from both
-/// ends and only outside of what earlier rows have claimed.
+constexpr int kBlock = 64; ///< samples that are tested at once
+
+/// Whether one of a whole block matches.
+template <class Match>
+bool anyOfBlock(const uint16_t *samples, Match matches)
+{
+    unsigned found = 0;
+    for (int i = 0; i < kBlock; ++i)
+        found |= unsigned(matches(samples[i]));
+    return found != 0;
+}
+
+/// The first sample of a row that matches, `width` if none does.
+template <class Match>
+int firstMatch(const uint16_t *row, int width, Match matches)
+{
+    int x = 0;
+    while (x + kBlock <= width && !anyOfBlock(row + x, matches))
+        x += kBlock;
+    return int(std::find_if(row + x, row + width, matches) - row);
+}
+
+/// The last sample from `from` on that matches; `from` if there is none after it.
+template <class Match>
+int lastMatch(const uint16_t *row, int from, int width, Match matches)
+{
+    int end = width;
+    while (end - kBlock > from && !anyOfBlock(row + end - kBlock, matches))
+        end -= kBlock;
+    while (end - 1 > from && !matches(row[end - 1]))
+        --end;
+    return std::max(end - 1, from);
+}
+
+/// The rectangle of the samples that `matches` accepts. Each row is searched from both ends,
+/// from the right only outside of what earlier rows of its band have claimed.
 template <class Match>
 Bounds boundsWhere(const uint16_t *plane, int width, int height, Match matches)
 {
-    Bounds found = {width, height, 0, 0, 0, 0};
-    for (int y = 0; plane && y < height; ++y) {
-        const uint16_t *row = plane + int64_t(y) * width;
-        const int first = int(std::find_if(row, row + width, matches) - row);
-        if (first == width)
-            continue;
-        int last = width - 1;
-        while (last > found.right && !matches(row[last]))
-            --last;
-        found.left = std::min(found.left, first);
-        found.right = std::max(found.right, std::max(first, last));
-        found.top = std::min(found.top, y);
-        found.bottom = y;
-    }
-    found.width = found.right - found.left + 1;
-    found.height = found.bottom - found.top + 1;
-    return found;
+    Bounds all = {width, height, 0, 0, 0, 0};
+    std::mutex joining;
+    parallelRows(plane ? height : 0, width, [&](int firstRow, int endRow) {
+        Bounds found = {width, height, 0, 0, 0, 0};
+        for (int y = firstRow; y < endRow; ++y) {
+            const uint16_t *row = plane + int64_t(y) * width;
+            const int first = firstMatch(row, width, matches);
+            if (first == width)
+                continue;
+            found.left = std::min(found.left, first);
+            found.right = lastMatch(row, std::max(first, found.right), width, matches);
+            found.top = std::min(found.top, y);
+            found.bottom = y;
+        }
+        const std::lock_guard<std::mutex> lock(joining);
+        all.left = std::min(all.left, found.left);
+        all.top = std::min(all.top, found.top);
+        all.right = std::max(all.right, found.right);
+        all.bottom = std::max(all.bottom, found.bottom);
+    });
+    all.width = all.right - all.left + 1;
+    all.height = all.bottom - all.top + 1;
+    return all;
 }
 
 void copyPlane(const uint16_t *from, uint16_t *to, int width, int height)
@@ -76,8 +117,8 @@ void image::invertMask()
 
 bool image::anyMaskSet() const
 {
-    return gmask &&
-           std::any_of(gmask, gmask + sampleCount(), [](uint16_t sample) { return sample != 0; });
+    const auto selected = [](uint16_t sample) { return sample != 0; };
+    return gmask && firstMatch(gmask, int(sampleCount()), selected) < sampleCount();
 }
 
 uint16_t image::maskAt(int x, int y) const
