@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "area/areastate.h"
 #include "area/areatools.h"
+#include "area/wand.h"
 #include "core/image.h"
 #include "core/workspace.h"
 #include "views/commitselection.h"
@@ -149,6 +150,47 @@ BenchCase commit(int tool)
     });
 }
 
+/// One step of a drag of the wand on a picture of 4 megapixels, up to its outline on the
+/// screen: the job, its mask joined with the selection before, the overlay.
+BenchCase wandStep()
+{
+    struct Shown {
+        std::unique_ptr<image> img = std::make_unique<image>();
+        std::unique_ptr<imgWindow> window;
+
+        Shown()
+        {
+            img->allocate(2400, 1700, QStringLiteral("wand"));
+            std::mt19937 random(3);
+            for (int64_t i = 0; i < img->sampleCount(); ++i)
+                img->green[i] = uint16_t(30000 + random() % 9000);
+            img->noUndo = true;
+            workspace()->images << img.get();
+            window = std::make_unique<imgWindow>(img.get());
+            window->resize(kClientWidth, kClientHeight);
+        }
+        ~Shown() { workspace()->images.removeAll(img.get()); }
+    };
+    const auto shown = std::make_shared<Shown>();
+    const auto screen = std::make_shared<QImage>(kClientWidth, kClientHeight, QImage::Format_RGB32);
+    BenchCase made;
+    made.run = [=, tolerance = 5]() mutable {
+        imgWindow *window = shown->window.get();
+        tolerance = 5 + (tolerance + 1) % 10;
+        window->addToMask = true;
+        window->maskProducer = [tolerance](const image &img, uint16_t *mask) {
+            return wandMask(img, 1200, 850, tolerance, false, false, mask);
+        };
+        window->startWorker(WorkerThread::Mask);
+        window->finishJobs(true);
+        window->render(screen.get());
+    };
+    made.check = [=]() {
+        return shown->img->anyMaskSet() || (made.run(), shown->img->anyMaskSet());
+    };
+    return made;
+}
+
 /// What a window draws when its view or its image changed: the picture and the outline of
 /// the selection, none or (with `mask` 1 and 2) a ragged and a whole one.
 BenchCase whole(int mask)
@@ -231,6 +273,7 @@ void registerViewBenchmarks()
     registerRatio("commit/rectangle", 1.0, []() { return commit(kToolRectangle); });
     registerRatio("commit/ellipse", 1.0, []() { return commit(kToolEllipse); });
     registerRatio("commit/polygon", 1.0, []() { return commit(kToolPolygon); });
+    registerRatio("view/wand_drag_step", 5.0, []() { return wandStep(); }); // ten a second
     registerRatio("view/march_step", 0.25, []() { return marchStep(); });
     registerRatio("view/with_outline_none", kLimitWithOutline, []() { return whole(0); });
     // noise everywhere: an outline around nearly every pixel, traced and drawn

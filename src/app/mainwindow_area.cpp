@@ -31,30 +31,27 @@ constexpr ToolFacts kTools[] = {
     {"actionTool_Rectangle",
      QT_TRANSLATE_NOOP("MainWindow", "Rectangle: drag from corner to corner"), &Workspace::rectaa},
     {"actionTool_Numeric_Rectangle",
-     QT_TRANSLATE_NOOP("MainWindow", "Numeric Rectangle: click in an image to give the numbers"),
-     nullptr},
+     QT_TRANSLATE_NOOP("MainWindow", "Numeric Rectangle: click to give numbers"), nullptr},
     {"actionTool_Ellipse", QT_TRANSLATE_NOOP("MainWindow", "Ellipse: drag from the centre"),
      &Workspace::ellaa},
     {"actionTool_Entire", QT_TRANSLATE_NOOP("MainWindow", "Entire Image: a click selects it all"),
      nullptr},
     {"actionTool_Magnify",
-     QT_TRANSLATE_NOOP("MainWindow", "Magnify: click or drag to zoom in, right click to zoom out"),
-     nullptr},
+     QT_TRANSLATE_NOOP("MainWindow", "Magnify: click or drag; right click: out"), nullptr},
     {"actionTool_Polygon",
-     QT_TRANSLATE_NOOP("MainWindow", "Polygon: click the corners, right click to finish"),
+     QT_TRANSLATE_NOOP("MainWindow", "Polygon: click corners, right click ends it"),
      &Workspace::polyaa},
     {"actionTool_Pencil", QT_TRANSLATE_NOOP("MainWindow", "Pencil: draw around what to select"),
      &Workspace::pencilaa},
     {nullptr, nullptr, nullptr},
-    {"actionTool_Redo",
-     QT_TRANSLATE_NOOP("MainWindow", "Re-do: a click brings the last selection back"), nullptr},
+    {"actionTool_Redo", QT_TRANSLATE_NOOP("MainWindow", "Re-do: a click brings the selection back"),
+     nullptr},
     {"actionTool_Wand", nullptr, &Workspace::wandaa},
     {"actionTool_Polyspline",
-     QT_TRANSLATE_NOOP("MainWindow",
-                       "Polyspline: click points of the curve, right click to finish"),
+     QT_TRANSLATE_NOOP("MainWindow", "Polyspline: click points, right click ends"),
      &Workspace::splineaa},
     {"actionTool_P_Shape",
-     QT_TRANSLATE_NOOP("MainWindow", "P-Shape: click or drag to place \"%1\""),
+     QT_TRANSLATE_NOOP("MainWindow", "P-Shape \"%1\": click or drag to place it"),
      &Workspace::pshapeaa},
 };
 constexpr int kToolCount = int(std::size(kTools));
@@ -140,9 +137,8 @@ void MainWindow::chooseTool(int tool)
     QString text =
         tool == kToolWand ? wandStatus(wandTolerance, globalPick) : tr(factsOf(tool).text);
     if (tool == kToolPShape)
-        text = areaTools.shape.usable()
-                   ? text.arg(areaTools.shape.shapeName)
-                   : tr("P-Shape: draw a figure and choose Convert to P-Shape, or load a shape");
+        text = areaTools.shape.usable() ? text.arg(areaTools.shape.shapeName)
+                                        : tr("P-Shape: convert a figure or load a shape");
     statusText(text);
     syncAreaTools();
     for (imgWindow *window : qAsConst(windows)) {

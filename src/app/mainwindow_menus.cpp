@@ -66,6 +66,8 @@ void MainWindow::collectToggles()
 {
     const auto actions = findChildren<QAction *>();
     for (QAction *action : actions) {
+        if (action->isCheckable())
+            action->setIconVisibleInMenu(false); // it would stand in the place of the mark
         const QByteArray key = action->property("setting").toByteArray();
         for (const Setting &setting : settings())
             if (!key.isEmpty() && setting.type == Setting::Type::Bool && key == setting.key)
@@ -249,6 +251,7 @@ void MainWindow::syncToggles()
 
 void MainWindow::updateMenus()
 {
+    areaStale = true; // a change of selection ends here
     updateEnabledStates();
     syncToggles();
     updateImageList();

@@ -33,14 +33,16 @@ void MainWindow::on_actionDelete_Selection_triggered()
 
 void MainWindow::on_actionSelect_Alpha_triggered()
 {
-    if (image *img = selectedImage())
-        actOnSelection(img, [img]() { return selectFromAlpha(img); });
+    image *img = selectedImage();
+    if (img && actOnSelection(img, [img]() { return selectFromAlpha(img); }))
+        statusText(tr("Selected as much as it is opaque"));
 }
 
 void MainWindow::on_actionSelect_Luma_triggered()
 {
-    if (image *img = selectedImage())
-        actOnSelection(img, [img]() { return selectFromLuma(img); });
+    image *img = selectedImage();
+    if (img && actOnSelection(img, [img]() { return selectFromLuma(img); }))
+        statusText(tr("Selected as much as it is bright"));
 }
 
 /// Asks for a number of samples and has the current selection changed by it.
@@ -56,8 +58,9 @@ void MainWindow::changeSelectionBy(const QString &title, const QString &explanat
     }
     ParameterDialog dialog(title, explanation, title, this);
     dialog.whole("samples", tr("&By"), samples, {1, double(most), 0, tr(" samples")}, QString());
-    if (dialog.ask() && img == selectedImage())
-        actOnSelection(img, [=]() { return act(img, *samples); });
+    if (dialog.ask() && img == selectedImage() &&
+        actOnSelection(img, [=]() { return act(img, *samples); }))
+        statusText(tr("%1: %2 samples").arg(title).arg(*samples));
 }
 
 void MainWindow::on_actionGrow_Selection_triggered()
@@ -121,8 +124,9 @@ void MainWindow::on_actionLoad_Selection_triggered()
         messageBox(tr("Load Selection"), error.toHtmlEscaped());
         return;
     }
-    if (img == selectedImage())
-        actOnSelection(img, [&]() { return selectFromPicture(img, *picture); });
+    if (img == selectedImage() &&
+        actOnSelection(img, [&]() { return selectFromPicture(img, *picture); }))
+        statusText(tr("Selection loaded from %1").arg(QFileInfo(path).fileName()));
 }
 
 // --- P-Shapes ----------------------------------------------------------------------------

@@ -193,7 +193,11 @@ bool ParameterDialog::ask()
     for (size_t i = 1; i < fields.size(); ++i)
         setTabOrder(fields[i - 1], fields[i]);
     setTabOrder(fields.back(), goOnButton);
-    fields.front()->setFocus();
+    // A number can be typed at once; its slider stands before it.
+    const bool number = !spins.empty() && fields.size() > 1 && fields[1] == spins.front();
+    fields[number ? 1 : 0]->setFocus();
+    if (number)
+        spins.front()->selectAll();
     int widest = 0;
     for (const QDoubleSpinBox *spin : spins)
         widest = std::max(widest, spin->sizeHint().width());

@@ -197,10 +197,10 @@ public:
         lines.add(count, [&](int i) { return places.of(points[i]); });
     }
 
-    /// As far as it will be drawn: an open figure's last entry stands for the closing line.
+    /// As far as it will be drawn.
     void shape(const PShape &shape)
     {
-        lines.add(shape.drawnCount() - (shape.closed ? 1 : 0), [&](int i) {
+        lines.add(shape.drawnCount(), [&](int i) {
             const ShapePoint at = shape.placed(i);
             return places.of(QPoint(truncatedSample(at.x), truncatedSample(at.y)));
         });

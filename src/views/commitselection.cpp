@@ -218,7 +218,7 @@ QString Figure::report() const
         return translated("%1: nothing selected").arg(name);
     if (tool == kToolWand)
         return wandStatus(workspace()->wandTolerance, workspace()->globalPick);
-    return translated("%1: %2 x %3 pixels selected at %4, %5")
+    return translated("%1: %2 x %3 selected at %4, %5")
         .arg(name)
         .arg(found.width)
         .arg(found.height)

@@ -93,7 +93,8 @@ TEST_F(Figure, LiesWhereTheSelectionWillBe)
     } rows[] = {{"rectangle", kToolRectangle, false, 0}, {"square", kToolRectangle, true, 0},
                 {"ellipse", kToolEllipse, false, 1},     {"circle", kToolEllipse, true, 1},
                 {"polygon", kToolPolygon, false, 1},     {"pencil", kToolPencil, false, 1},
-                {"spline", kToolPolyspline, false, 1}};
+                {"spline", kToolPolyspline, false, 1},   {"shape", kToolPShape, false, 1},
+                {"open shape", kToolPShape, true, 1}};
     host.filledFigure = false;
     for (const auto &row : rows)
         for (const int closer : {-1, 0, 1, 3}) {
@@ -110,10 +111,21 @@ TEST_F(Figure, LiesWhereTheSelectionWillBe)
                 band({60.7, 90.2}, {92.4, 140.9});
             if (row.tool == kToolPolyspline)
                 state.pointCount -= 1; // the curve closes itself
+            if (row.tool == kToolPShape) {
+                PShape &shape = state.shape;
+                shape.remember(corners.data(), 5, "Polygonal", row.constrain);
+                ASSERT_TRUE(shape.convert());
+                shape.xScale = shape.baseWidth;
+                shape.yScale = shape.baseHeight;
+                shape.xCenter = 100;
+                shape.yCenter = 90;
+                window->gesture.rubberBand = true;
+            }
             const QImage shown = drawn();
             img->fillGmask(0);
             const bool made =
-                row.tool == kToolRectangle    ? rectSelect(img, 60, 90, 92, 140, row.constrain)
+                row.tool == kToolPShape       ? pshapeSelect(img)
+                : row.tool == kToolRectangle  ? rectSelect(img, 60, 90, 92, 140, row.constrain)
                 : row.tool == kToolEllipse    ? ellipseSelect(img, 60, 90, 32, 50, row.constrain)
                 : row.tool == kToolPolyspline ? (state.pointCount += 1, splineSelect(img))
                                               : polygonSelect(img);
@@ -157,8 +169,8 @@ TEST_F(Figure, HugeFiguresAreDrawnInBoundedSteps)
     std::mt19937 random(3);
     for (const int spread : {200, 100000, 1 << 30}) {
         for (int i = 0; i < 256000; ++i)
-            state.points[i] = {int32_t(random() % uint32_t(2 * spread)) - spread,
-                               int32_t(random() % uint32_t(2 * spread)) - spread};
+            state.points[i] = {int32_t(random() % (2U * unsigned(spread)) - unsigned(spread)),
+                               int32_t(random() % (2U * unsigned(spread)) - unsigned(spread))};
         state.pointCount = 256000;
         for (const int tool : {kToolPencil, kToolPolygon, kToolPolyspline}) {
             host.toolSelect = tool;
