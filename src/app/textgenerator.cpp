@@ -10,6 +10,7 @@
 #include "core/workspace.h"
 #include "text/textimage.h"
 #include "text/textselect.h"
+#include "views/commitselection.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 #include "views/windowacts.h"
@@ -28,16 +29,6 @@ constexpr int kTextLines = 3;
 constexpr int kTextLetters = 46;  // of the text field's width
 constexpr int kPreviewLines = 6;  // of the dialog's own font
 constexpr int kPreviewMargin = 4; // points on each side
-
-/// The window that takes a selection made in this one: that of a master's target layer, if
-/// it is open, else the window itself.
-imgWindow *takerOf(imgWindow *window)
-{
-    const image *img = window->img;
-    const bool live = img->kind == 1 && img->target && img->layers.contains(img->target);
-    imgWindow *layerWindow = live ? viewHost()->findWindow(img->target) : nullptr;
-    return layerWindow && layerWindow->validImage() ? layerWindow : window;
-}
 
 /// A rendered text as it is selected: where its coverage is, the colour is.
 QImage tinted(const image &glyphs, const QColor &colour)
@@ -253,11 +244,10 @@ void TextGenerator::make(Joining joining)
         return;
     }
     const QPoint place = placeIn(*window, QSize(glyphs->width, glyphs->height));
-    imgWindow *taker = takerOf(window);
-    const QPoint inLayer =
-        taker == window ? place : place - QPoint(taker->img->xOffset, taker->img->yOffset);
+    QPoint offset;
+    imgWindow *taker = selectionTaker(window, &offset);
     showSize();
-    if (const QString said = selectIn(taker, *glyphs, inLayer, joining); !said.isEmpty())
+    if (const QString said = selectIn(taker, *glyphs, place - offset, joining); !said.isEmpty())
         ui->message->setText(said);
 }
 
@@ -268,7 +258,7 @@ QString TextGenerator::selectIn(imgWindow *window, const image &glyphs, QPoint p
     image *img = window->img;
     if (!glyphsMeet(*img, glyphs, place.x(), place.y()))
         return tr("The text lies outside of the picture");
-    window->finishJobs(true); // one of them may be about to make another selection
+    window->settleJobs(); // one of them may be about to make another selection
     Mask old;
     if (joining != Joining::Replace && !old.copyFrom(*img))
         return tr("There is not enough memory");
