@@ -155,7 +155,6 @@ public slots:
     void on_actionQuit_triggered();
     void on_actionUndo_triggered();
     void on_actionRedo_triggered();
-    void on_actionInvert_Selections_triggered(bool on);
     void on_actionChecker_triggered(bool on);
     void on_actionAssign_as_Brush_triggered();
     void on_actionAssign_as_Origin_triggered();
@@ -177,6 +176,8 @@ public slots:
     void on_actionSet_Zoom_Sep_Size_triggered();
     void on_actionRemember_Position_triggered(bool on);
     void on_actionAsk_on_Close_triggered(bool on);
+    void on_actionHelp_Area_Tools_triggered();
+    void on_actionHelp_Blending_triggered();
     void on_actionAbout_triggered();
     void on_actionSave_Flattened_triggered();
     void on_actionNew_Layer_triggered();

@@ -54,11 +54,6 @@ void MainWindow::on_actionClose_All_triggered()
     updateMenus();
 }
 
-void MainWindow::on_actionInvert_Selections_triggered(bool on)
-{
-    invertSelection = on;
-}
-
 void MainWindow::on_actionChecker_triggered(bool on)
 {
     checkerOn = on;

@@ -3,6 +3,7 @@
 
 #include "app/antialiassettings.h"
 #include "app/guidesettings.h"
+#include "app/helppage.h"
 #include "app/outlinemode.h"
 #include "app/parameterdialog.h"
 #include "app/pshapecontroller.h"
@@ -388,4 +389,14 @@ void MainWindow::on_actionSelection_Color_triggered()
     aSelectColor = chosen.join(QLatin1Char(' '));
     for (imgWindow *window : qAsConst(windows))
         window->refreshOverlay();
+}
+
+void MainWindow::on_actionHelp_Area_Tools_triggered()
+{
+    showHelpPage(this, tr("Help: Area Tools"), QStringLiteral("areatools.html"));
+}
+
+void MainWindow::on_actionHelp_Blending_triggered()
+{
+    showHelpPage(this, tr("Help: Area Selection Blending"), QStringLiteral("blending.html"));
 }

@@ -80,9 +80,11 @@ void MainWindow::connectCommands()
     const auto actions = findChildren<QAction *>();
     for (QAction *action : actions) {
         // An action with a slot of its own is connected by its name already.
-        const QByteArray ownSlot = "on_" + action->objectName().toLatin1() + "_triggered()";
+        const QByteArray ownSlot = "on_" + action->objectName().toLatin1() + "_triggered";
+        const bool connected = metaObject()->indexOfSlot((ownSlot + "()").constData()) >= 0 ||
+                               metaObject()->indexOfSlot((ownSlot + "(bool)").constData()) >= 0;
         const int number = action->property("command").toInt();
-        if (number > 0 && metaObject()->indexOfSlot(ownSlot.constData()) < 0)
+        if (number > 0 && !connected)
             connect(action, &QAction::triggered, this, [this, number]() { sendCommand(number); });
     }
 }

@@ -2,19 +2,7 @@
 #include "area/smoothing_kernels.h"
 
 #include "core/colour.h"
-
-#ifdef __SSE2__
-#ifndef __clang__
-// GCC 12 takes the undefined lanes inside its own wide conversions for a mistake of ours.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#ifndef __clang__
-#pragma GCC diagnostic pop
-#endif
-#endif
+#include "core/intrinsics.h"
 
 namespace KERNEL_NAMESPACE
 {

@@ -1,21 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/intrinsics.h"
+
 #include <cmath>
 #include <cstdint>
-
-#ifdef __AVX2__
-#ifndef __clang__
-// GCC 12 takes the undefined lanes inside its own wide conversions for a mistake of ours.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#ifndef __clang__
-#pragma GCC diagnostic pop
-#endif
-#endif
 
 /// As many doubles as the kernels of the compositor work on at a time, and their way from
 /// and to 16-bit samples. The compiler's own vector code for loops that mix the two takes
