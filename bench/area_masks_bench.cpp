@@ -23,7 +23,7 @@ bool inObject(int x, int y)
 }
 
 /// Smooths a mask, flat or of noise, and compares a few samples with the plain sums.
-BenchCase smoothing(bool soft)
+BenchCase smoothing(bool soft, double amount = 1.0)
 {
     std::shared_ptr<image> picture = benchImage(1);
     auto before = std::make_shared<std::vector<uint16_t>>(kSamples);
@@ -31,7 +31,7 @@ BenchCase smoothing(bool soft)
         const bool in = inObject(int(i % kBenchWidth), int(i / kBenchWidth));
         (*before)[size_t(i)] = soft ? picture->gmask[i] : in ? 65535 : 0;
     }
-    const auto run = [picture] { smoothSelection(picture.get(), 8, 1.0); };
+    const auto run = [picture, amount] { smoothSelection(picture.get(), 8, amount); };
     const auto reset = [picture, before] {
         std::copy(before->begin(), before->end(), picture->gmask);
     };
@@ -48,7 +48,9 @@ BenchCase smoothing(bool soft)
                         sum += weight * (*before)[size_t((y + j) * kBenchWidth + x + i)];
                         weights += weight;
                     }
-                away = std::max(away, std::abs(sum / weights - picture->maskAt(x, y)));
+                const double old = (*before)[size_t(y * kBenchWidth + x)];
+                const double wanted = sum / weights * amount + old * (1 - amount);
+                away = std::max(away, std::abs(wanted - picture->maskAt(x, y)));
             }
         return away < 2 * 17 + 8; // a word is lost with each tap, up to 8 where it snaps
     };
@@ -99,6 +101,7 @@ BenchCase growing()
 void registerAreaMaskBenchmarks()
 {
     registerRatio("smooth/soft", 4.0, [] { return smoothing(true); });
+    registerRatio("smooth/soft_by_half", 4.0, [] { return smoothing(true, 0.5); });
     registerRatio("smooth/flat", 4.0, [] { return smoothing(false); });
     registerRatio("wand/bars", 6.0, [] { return wand(false, false); });
     registerRatio("wand/noise", 6.0, [] { return wand(true, false); });

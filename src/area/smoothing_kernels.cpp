@@ -91,10 +91,21 @@ void weighWords(const uint16_t *source, const FixedTap *taps, int tapCount, int 
 void mixWords(const SmoothMix &mix, const uint16_t *sums, int count, uint16_t *words)
 {
     const double divisor = mix.divisor, amount = mix.amount, rest = 1 - mix.amount;
-    for (int x = 0; x < count; ++x) {
-        const double v = int(sums[x]) / divisor * amount + rest * int(words[x]);
-        const double kept = v > kSnapToFull ? 65535.0 : v >= kSnapToNone ? v : 0.0;
-        words[x] = uint16_t(int(kept));
+    // One kind of number in each loop: compilers make little of loops that mix them.
+    double sum[kBlock], word[kBlock];
+    for (int first = 0; first < count; first += kBlock) {
+        const int length = count - first < kBlock ? count - first : kBlock;
+        for (int i = 0; i < length; ++i) {
+            sum[i] = int(sums[first + i]);
+            word[i] = int(words[first + i]);
+        }
+        for (int i = 0; i < length; ++i) {
+            const double v = sum[i] / divisor * amount + rest * word[i];
+            const double kept = v >= kSnapToNone ? v : 0.0;
+            word[i] = v > kSnapToFull ? 65535.0 : kept;
+        }
+        for (int i = 0; i < length; ++i)
+            words[first + i] = uint16_t(int(word[i]));
     }
 }
 
