@@ -17,9 +17,11 @@ QString shortName(const QLabel *label, const image *img)
 }
 } // namespace
 
+/// The status line knows one weight only: a part of a message that is to stand out does not.
 void MainWindow::statusText(const QString &text)
 {
     status = text;
+    status.remove(QLatin1String("<b>")).remove(QLatin1String("</b>"));
     ++messagesSaid;
     statusTicks = 1;
     showStatus();

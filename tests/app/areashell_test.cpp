@@ -3,6 +3,8 @@
 #include "area/areatools.h"
 #include "views/viewhost.h"
 
+#include <QStatusBar>
+
 // The area tools as the main window offers them: keys, buttons, menu.
 
 namespace
@@ -39,6 +41,8 @@ TEST_F(AppTest, KeysTakeAreaToolsWithAndWithoutAnImage)
             EXPECT_TRUE(checked(main.get(), row.action)) << row.action;
         }
     }
+    main->on_actionGlobal_Pick_triggered(true);
+    EXPECT_EQ(main->statusBar()->currentMessage(), "Magic Wand: global pick");
     // above the operator dialog too
     QTest::keyClick(main->operatorDialog(), Qt::Key_F4);
     EXPECT_EQ(main->toolSelect, kToolEllipse);
