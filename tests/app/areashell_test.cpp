@@ -42,7 +42,7 @@ TEST_F(AppTest, KeysTakeAreaToolsWithAndWithoutAnImage)
         }
     }
     main->on_actionGlobal_Pick_triggered(true);
-    EXPECT_EQ(main->statusBar()->currentMessage(), "Magic Wand: global pick");
+    EXPECT_EQ(main->statusBar()->toolTip(), "Magic Wand: global pick");
     // above the operator dialog too
     QTest::keyClick(main->operatorDialog(), Qt::Key_F4);
     EXPECT_EQ(main->toolSelect, kToolEllipse);
