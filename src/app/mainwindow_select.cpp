@@ -8,6 +8,7 @@
 #include "area/pshapefile.h"
 #include "area/smoothing.h"
 #include "formats/maskpicture.h"
+#include "views/commitselection.h"
 #include "views/imgwindow.h"
 #include "views/windowacts.h"
 
@@ -18,11 +19,12 @@ namespace
 constexpr int kMostGrowth = 500;
 } // namespace
 
-/// The image whose selection the menu's acts change; null, and nothing is done, without one.
+/// The image whose selection the menu's acts change: a master hands over to its target, as
+/// the area tools do. Null, and nothing is done, without one.
 image *MainWindow::selectedImage() const
 {
-    const imgWindow *window = validCurrent();
-    return window && busy == 0 ? window->img : nullptr;
+    imgWindow *window = validCurrent();
+    return window && busy == 0 ? selectionTaker(window)->img : nullptr;
 }
 
 void MainWindow::on_actionDelete_Selection_triggered()

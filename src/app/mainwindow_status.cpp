@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 
 #include "ui_mainwindow.h"
+#include "views/commitselection.h"
 #include "views/imgwindow.h"
 
 #include <QResizeEvent>
@@ -97,10 +98,10 @@ void MainWindow::updateImageList()
 void MainWindow::updateAreaLabel()
 {
     areaStale = false;
-    const imgWindow *window = validCurrent();
+    imgWindow *window = validCurrent();
     Bounds area = {0, 0, 0, 0, 0, 0};
-    if (window && window->img->gmask)
-        area = window->img->maskBounds();
+    if (window) // of the image that selections made in it go to
+        area = selectionTaker(window)->img->maskBounds();
     // With nothing selected the rectangle comes back turned inside out.
     const bool none = !window || area.right < area.left || area.bottom < area.top;
     if (none)

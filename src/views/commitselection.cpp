@@ -248,7 +248,8 @@ void selectFigure(imgWindow *window, imgWindow *taker, QPoint offset, int tool, 
 
 imgWindow *selectionTaker(imgWindow *window, QPoint *offset)
 {
-    *offset = QPoint(0, 0);
+    if (offset)
+        *offset = QPoint(0, 0);
     const image *master = window->img;
     const image *layer = master->kind == 1 ? master->target : nullptr;
     if (!layer || !viewHost() || !master->layers.contains(const_cast<image *>(layer)))
@@ -256,7 +257,8 @@ imgWindow *selectionTaker(imgWindow *window, QPoint *offset)
     imgWindow *taker = viewHost()->findWindow(layer);
     if (!taker || !taker->validImage())
         return window;
-    *offset = QPoint(layer->xOffset, layer->yOffset);
+    if (offset)
+        *offset = QPoint(layer->xOffset, layer->yOffset);
     return taker;
 }
 

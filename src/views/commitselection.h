@@ -16,4 +16,4 @@ void commitSelection(imgWindow *window, int tool = -1, bool dragged = false);
 
 /// The window whose image takes the selections made in this one: that of a master's target
 /// layer if it is shown, with the layer's place in the master; else the window itself.
-imgWindow *selectionTaker(imgWindow *window, QPoint *offset);
+imgWindow *selectionTaker(imgWindow *window, QPoint *offset = nullptr);

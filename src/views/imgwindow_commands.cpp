@@ -3,6 +3,7 @@
 #include "core/image.h"
 #include "core/undo.h"
 #include "core/workspace.h"
+#include "views/commitselection.h"
 #include "views/clipboardacts.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
@@ -429,10 +430,10 @@ bool imgWindow::actCommand(int number)
         return true;
     case kCommandSelectEntire:
     case kCommandSelectNone:
-        selectWhole(img, number == kCommandSelectEntire);
+        selectWhole(selectionTaker(this)->img, number == kCommandSelectEntire);
         return true;
     case kCommandInvertMask:
-        invertSelection(img);
+        invertSelection(selectionTaker(this)->img);
         return true;
     case kCommandCopy:
         copyToClipboard(img);

@@ -378,6 +378,10 @@ TEST_F(Gestures, AMastersSelectionGoesToItsShownTarget)
     drag({50, 50}, {60, 60});
     EXPECT_EQ(selected(), QRect(20, 30, 10, 10));
     EXPECT_FALSE(window->skipCommitOnce);
+    master->fillGmask(0);
+    window->command(kCommandSelectEntire);
+    EXPECT_EQ(selected(), QRect(0, 0, layer->width, layer->height));
+    EXPECT_FALSE(master->anyMaskSet());
 }
 
 TEST_F(Gestures, AWandDragFollowsTheLastToleranceAndIsOneAct)
