@@ -493,3 +493,54 @@ TEST_F(Gestures, WithoutMemoryTheSelectionStandsOrIsWhole)
     }
 }
 } // namespace
+
+/// Everything at once, in any order, with memory that ends now and then: the sanitizers see
+/// what goes wrong inside.
+TEST_F(Gestures, WhateverHandsDoNoFenceBreaks)
+{
+    image *layer = host.keep(randomImage(90, 70, 1));
+    image *master = makeLayered(layer);
+    layer->xOffset = 13;
+    const QList<imgWindow *> views{window, host.show(layer, {200, 160}), host.show(img, {90, 200}),
+                                   host.show(master, {240, 200})};
+    const int keys[] = {Qt::Key_Escape, Qt::Key_Backspace, Qt::Key_Return, Qt::Key_U,
+                        Qt::Key_R,      Qt::Key_Z,         Qt::Key_Plus,   Qt::Key_Minus};
+    bool Workspace::*const flags[] = {
+        &Workspace::openFigure,          &Workspace::filledFigure, &Workspace::outlineObject,
+        &Workspace::outlineExpand,       &Workspace::globalPick,   &Workspace::selectMode,
+        &Workspace::maskWithTargetAlpha, &Workspace::rectaa,       &Workspace::useCropGuides};
+    std::mt19937 random(7);
+    const auto any = [&random](int count) { return int(random() % unsigned(count)); };
+    QPoint at;
+    Qt::KeyboardModifiers modifiers;
+    for (int i = 0; i < 40000; ++i) {
+        if (any(50) == 0) {
+            window = views[any(views.size())];
+            modifiers = Qt::KeyboardModifiers(any(16) << 25);
+            host.toolSelect = any(12);
+            host.*flags[any(int(std::size(flags)))] ^= true;
+            host.cropAspect = any(10);
+            master->target = any(3) ? layer : nullptr;
+            state.shape.convert();
+            memFailAt(any(4) ? 0 : 1 + any(12));
+        }
+        at = any(9) ? at + QPoint(any(31) - 15, any(31) - 15)
+                    : QPoint(any(400) - 100, any(300) - 80);
+        const Qt::MouseButton button = any(3) ? kLeft : Qt::RightButton;
+        if (any(4))
+            move(at, modifiers);
+        else if (held & button)
+            release(at, modifiers, button);
+        else
+            press(at, modifiers, button);
+        if (any(60) == 0)
+            QTest::keyClick(window, Qt::Key(keys[any(int(std::size(keys)))]));
+        if (any(200) == 0)
+            window->grab();
+        if (any(100) == 0)
+            QCoreApplication::processEvents();
+    }
+    memFailAt(0);
+    memSweep();
+    EXPECT_EQ(memRecord.overruns + memRecord.underruns, 0);
+}
