@@ -121,9 +121,11 @@ void MainWindow::on_actionLoad_Selection_triggered()
     if (path.isEmpty() || img != selectedImage())
         return;
     QString error;
+    const int saidBefore = messagesSaid;
     const std::unique_ptr<image> picture(loadMaskPicture(path, &error));
     if (!picture) {
-        messageBox(tr("Load Selection"), error.toHtmlEscaped());
+        if (messagesSaid == saidBefore) // most readers say by themselves what is wrong
+            messageBox(tr("Load Selection"), error.toHtmlEscaped());
         return;
     }
     if (img == selectedImage() &&
