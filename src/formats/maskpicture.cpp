@@ -87,8 +87,14 @@ image *loadMaskPicture(const QString &path, QString *error)
     const DeepReading deep;
     const FileRecord record = FileRecord::fromPath(path);
     image *read = loadImageFile(path, record.name, &record, false);
-    if (!read)
+    if (!read) {
         *error = QCoreApplication::translate("formats", "“%1” cannot be read as a picture.")
                      .arg(QDir::toNativeSeparators(path));
+        return nullptr;
+    }
+    // A stack was composed as it was read: what it shows is all that counts.
+    while (!read->layers.isEmpty())
+        delete read->layers.takeLast();
+    read->kind = 0;
     return read;
 }

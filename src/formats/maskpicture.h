@@ -10,5 +10,5 @@ class image;
 bool saveMaskPicture(const image &img, const QString &path, int bits, QString *error);
 
 /// Reads a picture of any form to make a selection of, a PNG with all of its 16 bits whatever
-/// the settings say. The caller owns it (destroyTree). Null with a reason.
+/// the settings say; of a stack what it shows. The caller owns it. Null with a reason.
 image *loadMaskPicture(const QString &path, QString *error);

@@ -9,8 +9,10 @@
 #include "core/memory.h"
 #include "core/rows.h"
 #include "formats/maskpicture.h"
+#include "formats/tagged.h"
 #include "support/pictures.h"
 #include "support/recordingworkspace.h"
+#include "support/stack.h"
 
 #include <gtest/gtest.h>
 
@@ -269,6 +271,26 @@ TEST(Masks, AreScaledJoinedAndTakenFromAPictureAndBack)
     QString error;
     EXPECT_FALSE(loadMaskPicture(folder.filePath(QStringLiteral("none.png")), &error));
     EXPECT_TRUE(error.contains(QStringLiteral("none.png")));
+}
+
+TEST(Masks, AStackIsLoadedAsItIsComposedAndLeavesNothing)
+{
+    RecordingWorkspace space;
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("stack.elx"));
+    QString error;
+    Stack stack;
+    stack.add(0)->fill(30000, 30000, 30000, 65535);
+    ASSERT_TRUE(writeMaster(stack.master, path, &error)) << qPrintable(error);
+    const int64_t blocks = memRecord.currentBlocks;
+    image *read = loadMaskPicture(path, &error);
+    ASSERT_TRUE(read) << qPrintable(error);
+    auto target = plainImage(4, 4, 0, 0, 0);
+    ASSERT_TRUE(selectFromPicture(target.get(), *read));
+    EXPECT_EQ(target->gmask[5], 30000);
+    target.reset();
+    delete read;
+    EXPECT_EQ(memRecord.currentBlocks, blocks);
 }
 
 TEST(Masks, AlphaAndLumaBecomeTheSelection)
