@@ -282,6 +282,8 @@ void AreaGesture::releaseLeft(const QMouseEvent &event)
             endWandDrag();
             break;
         }
+        if (!window->wandClick) // a command has completed the drag already
+            break;
         [[fallthrough]];
     default:
         joinBy(keys);

@@ -99,10 +99,12 @@ void AreaGesture::endWandDrag()
 {
     const int tolerance = wandStartTolerance;
     wandDown = wandDragged = false;
-    QPoint offset;
-    selectionTaker(window, &offset)->finishJobs(true);
+    const QPointer<imgWindow> taker(selectionTaker(window));
+    taker->finishJobs(true);
     commitSelection(window, kToolWand, true); // which may close the window
     workspace()->wandTolerance = tolerance;
+    if (taker)
+        taker->beginMaskDrag(); // the masks of this one have served
 }
 
 /// The selection is again what it was at the press.

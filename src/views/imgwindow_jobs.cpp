@@ -4,6 +4,7 @@
 #include "core/rows.h"
 #include "core/undo.h"
 #include "core/workspace.h"
+#include "views/commitselection.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 #include "views/windowacts.h"
@@ -153,6 +154,12 @@ void imgWindow::finishJobs(bool keepResults)
 
 void imgWindow::settleJobs()
 {
+    // A drag in the window of a master makes its selection here if this shows the target.
+    const QList<imgWindow *> open = viewHost() ? viewHost()->windows : QList<imgWindow *>();
+    for (imgWindow *window : open)
+        if (window != this && viewHost()->isWindow(window) && window->validImage() &&
+            selectionTaker(window) == this)
+            window->gesture.settle();
     gesture.settle();
     finishJobs(true);
 }

@@ -384,6 +384,28 @@ TEST_F(Gestures, AMastersSelectionGoesToItsShownTarget)
     EXPECT_FALSE(master->anyMaskSet());
 }
 
+TEST_F(Gestures, ACommandInTheTargetsWindowEndsADragThatGoesThere)
+{
+    paintRamp();
+    image *layer = img;
+    image *master = makeLayered(layer);
+    ASSERT_TRUE(master);
+    master->target = layer;
+    imgWindow *layerWindow = window;
+    window = host.show(master, {200, 150});
+    host.toolSelect = kToolWand;
+    press({100, 100});
+    move({100, 60});
+    ASSERT_TRUE(layerWindow->wandBusy);
+    layerWindow->command(kCommandSelectNone);
+    EXPECT_FALSE(layer->anyMaskSet());
+    QTest::qWait(50);
+    release({100, 60});
+    EXPECT_FALSE(layer->anyMaskSet());
+    layerWindow->command(kCommandUndo);
+    EXPECT_TRUE(layer->anyMaskSet()) << "the drag was an act of its own";
+}
+
 TEST_F(Gestures, AWandDragFollowsTheLastToleranceAndIsOneAct)
 {
     paintRamp();
