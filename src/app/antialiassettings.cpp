@@ -22,7 +22,6 @@
 
 namespace
 {
-constexpr int kMostRadius = 200;
 constexpr int kSliderRadius = 20; ///< what is of use, where a slider can still be set finely
 constexpr int kSampleSide = 24;   ///< samples
 constexpr int kEnlarged = 6;      ///< points for each sample
@@ -128,7 +127,8 @@ AntialiasSettings::AntialiasSettings(QWidget *parent) : QDialog(parent)
     column->addWidget(sample, 0, Qt::AlignHCenter);
     auto *grid = new QGridLayout;
     column->addLayout(grid);
-    radius = addStrength(grid, "radius", tr("Ra&dius"), 1, kSliderRadius, kMostRadius, tr(" px"));
+    radius = addStrength(grid, "radius", tr("Ra&dius"), 1, kSliderRadius, kMostSmoothingRadius,
+                         tr(" px"));
     amount = addStrength(grid, "amount", tr("A&mount"), 0, 100, 100, tr(" %"));
     // A value that the controls cannot show is kept until one of them is moved.
     connect(radius.field, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int value) {

@@ -8,13 +8,15 @@
 
 #include "ui_guidesettings.h"
 
-#include <iterator>
-
 namespace
 {
-/// Width to height of the entries of the aspect list; the first stands for any.
-constexpr double kAspects[] = {1.5,       1.0,       4.0 / 3,  5.0 / 7, 8.0 / 10,
-                               11.0 / 14, 16.0 / 20, 16.0 / 9, 1.85,    2.39};
+/// Width to height of the sample, which lies on its long side; any will do for "None".
+double sampleAspect(int entry)
+{
+    constexpr double usual = 1.5;
+    const double ratio = cropAspectRatio(entry);
+    return ratio > 0.0 ? ratio : usual;
+}
 
 void repaintWindows()
 {
@@ -37,17 +39,17 @@ GuideSettings::GuideSettings(QWidget *parent)
     ui->guide->setCurrentIndex(guide);
     ui->rectuse->setChecked(space.useCropGuides);
     ui->elluse->setChecked(space.useOvalGuides);
-    ui->sample->setGuide(guide, kAspects[aspect]);
+    ui->sample->setGuide(guide, sampleAspect(aspect));
 }
 
 GuideSettings::~GuideSettings() = default;
 
 void GuideSettings::on_aspect_currentIndexChanged(int index)
 {
-    if (index < 0 || index >= int(std::size(kAspects)))
+    if (index < 0)
         return;
     workspace()->cropAspect = index;
-    ui->sample->setGuide(workspace()->cropGuide, kAspects[index]);
+    ui->sample->setGuide(workspace()->cropGuide, sampleAspect(index));
     repaintWindows();
 }
 
@@ -56,7 +58,7 @@ void GuideSettings::on_guide_currentIndexChanged(int index)
     if (index < 0)
         return;
     workspace()->cropGuide = index;
-    ui->sample->setGuide(index, kAspects[workspace()->cropAspect]);
+    ui->sample->setGuide(index, sampleAspect(workspace()->cropAspect));
     repaintWindows();
 }
 

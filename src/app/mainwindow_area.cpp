@@ -22,38 +22,31 @@
 
 namespace
 {
-/// What the status line says when a tool is taken, and the switch of its smoothing.
+/// What the status line says when a tool is taken.
 struct ToolFacts {
     const char *action;
     const char *text;
-    bool Workspace::*antialias; ///< null: the tool has none
 };
 constexpr ToolFacts kTools[] = {
     {"actionTool_Rectangle",
-     QT_TRANSLATE_NOOP("MainWindow", "Rectangle: drag from corner to corner"), &Workspace::rectaa},
+     QT_TRANSLATE_NOOP("MainWindow", "Rectangle: drag from corner to corner")},
     {"actionTool_Numeric_Rectangle",
-     QT_TRANSLATE_NOOP("MainWindow", "Numeric Rectangle: click to give numbers"), nullptr},
-    {"actionTool_Ellipse", QT_TRANSLATE_NOOP("MainWindow", "Ellipse: drag from the centre"),
-     &Workspace::ellaa},
-    {"actionTool_Entire", QT_TRANSLATE_NOOP("MainWindow", "Entire Image: a click selects it all"),
-     nullptr},
+     QT_TRANSLATE_NOOP("MainWindow", "Numeric Rectangle: click to give numbers")},
+    {"actionTool_Ellipse", QT_TRANSLATE_NOOP("MainWindow", "Ellipse: drag from the centre")},
+    {"actionTool_Entire", QT_TRANSLATE_NOOP("MainWindow", "Entire Image: a click selects it all")},
     {"actionTool_Magnify",
-     QT_TRANSLATE_NOOP("MainWindow", "Magnify: click or drag; right click: out"), nullptr},
+     QT_TRANSLATE_NOOP("MainWindow", "Magnify: click or drag; right click: out")},
     {"actionTool_Polygon",
-     QT_TRANSLATE_NOOP("MainWindow", "Polygon: click corners, right click ends it"),
-     &Workspace::polyaa},
-    {"actionTool_Pencil", QT_TRANSLATE_NOOP("MainWindow", "Pencil: draw around what to select"),
-     &Workspace::pencilaa},
-    {nullptr, nullptr, nullptr},
-    {"actionTool_Redo", QT_TRANSLATE_NOOP("MainWindow", "Re-do: a click brings the selection back"),
-     nullptr},
-    {"actionTool_Wand", nullptr, &Workspace::wandaa},
+     QT_TRANSLATE_NOOP("MainWindow", "Polygon: click corners, right click ends it")},
+    {"actionTool_Pencil", QT_TRANSLATE_NOOP("MainWindow", "Pencil: draw around what to select")},
+    {nullptr, nullptr},
+    {"actionTool_Redo",
+     QT_TRANSLATE_NOOP("MainWindow", "Re-do: a click brings the selection back")},
+    {"actionTool_Wand", nullptr},
     {"actionTool_Polyspline",
-     QT_TRANSLATE_NOOP("MainWindow", "Polyspline: click points, right click ends"),
-     &Workspace::splineaa},
+     QT_TRANSLATE_NOOP("MainWindow", "Polyspline: click points, right click ends")},
     {"actionTool_P_Shape",
-     QT_TRANSLATE_NOOP("MainWindow", "P-Shape \"%1\": click or drag to place it"),
-     &Workspace::pshapeaa},
+     QT_TRANSLATE_NOOP("MainWindow", "P-Shape \"%1\": click or drag to place it")},
 };
 constexpr int kToolCount = int(std::size(kTools));
 
@@ -123,7 +116,7 @@ void MainWindow::syncAreaTools()
     QAction *active = findChild<QAction *>(QLatin1String(factsOf(toolSelect).action));
     if (active && !active->isChecked())
         active->setChecked(true);
-    const auto smooths = factsOf(toolSelect).antialias;
+    const auto smooths = smoothingSwitch(toolSelect);
     ui->actionAntialias->setEnabled(smooths != nullptr);
     const bool on = smooths && this->*smooths;
     if (ui->actionAntialias->isChecked() != on)
@@ -235,7 +228,7 @@ void MainWindow::shapeChanged()
 
 QString MainWindow::toggleToolAntialias()
 {
-    const auto smooths = factsOf(toolSelect).antialias;
+    const auto smooths = smoothingSwitch(toolSelect);
     if (!smooths)
         return tr("This tool has no antialias switch");
     this->*smooths = !(this->*smooths);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+class Workspace;
+
 /// The area tools by the numbers that settings keep.
 enum AreaTool {
     kToolRectangle = 0,
@@ -21,3 +23,7 @@ enum AreaTool {
 constexpr int kOpCenterSelection = 10;
 constexpr int kOpCrop = 20;
 constexpr int kOpMeasure = 55;
+
+/// The setting that says whether a tool's selections are smoothed; null for a tool that has
+/// no such switch, whose selections are crisp.
+bool Workspace::*smoothingSwitch(int tool);

@@ -4,8 +4,8 @@
 #include "area/rescale_inline.h"
 #include "core/image.h"
 #include "core/memory.h"
+#include "core/rows.h"
 
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -48,11 +48,7 @@ bool Mask::copyFrom(const image &source)
         height = fresh.height;
         size = fresh.size;
     }
-    parallelRows(height, width, [&](int first, int end) {
-        const size_t start = size_t(first) * size_t(width);
-        std::memcpy(mask + start, source.gmask + start,
-                    size_t(end - first) * size_t(width) * sizeof(uint16_t));
-    });
+    copyPlane(source.gmask, mask, width, height);
     return true;
 }
 

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 
 namespace
 {
@@ -21,15 +20,6 @@ constexpr int kYrbMode = 1;
 bool usable(const image *img)
 {
     return img && img->valid() && img->gmask;
-}
-
-void copyWords(const uint16_t *from, uint16_t *to, int width, int height)
-{
-    parallelRows(height, width, [=](int first, int end) {
-        const size_t start = size_t(first) * size_t(width);
-        std::memcpy(to + start, from + start,
-                    size_t(end - first) * size_t(width) * sizeof(uint16_t));
-    });
 }
 
 /// Rounded, so that a grey sample keeps its value.
@@ -146,7 +136,7 @@ bool spread(image *img, int radius, uint16_t flip)
     const Disc disc(radius);
     parallelRows(img->height, img->width * radius,
                  [&](int first, int end) { raiseBand(*img, disc, flip, first, end, scratch); });
-    copyWords(scratch, img->gmask, img->width, img->height);
+    copyPlane(scratch, img->gmask, img->width, img->height);
     upfree(&scratch);
     if (flip)
         img->invertMask();
@@ -170,7 +160,7 @@ bool selectFromAlpha(image *img)
 {
     if (!usable(img))
         return false;
-    copyWords(img->alpha, img->gmask, img->width, img->height);
+    copyPlane(img->alpha, img->gmask, img->width, img->height);
     return true;
 }
 
@@ -205,6 +195,6 @@ bool selectFromPicture(image *img, const image &picture)
         return false;
     writeLuma(picture, luma.mask);
     Mask::rescale(&luma, &scaled);
-    copyWords(scaled.mask, img->gmask, img->width, img->height);
+    copyPlane(scaled.mask, img->gmask, img->width, img->height);
     return true;
 }

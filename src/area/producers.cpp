@@ -142,10 +142,6 @@ bool redoSelect(image *img)
         Mask::rescale(source, &scaled);
         source = &scaled;
     }
-    const int width = img->width;
-    parallelRows(img->height, width, [=](int first, int end) {
-        std::copy(source->mask + int64_t(first) * width, source->mask + int64_t(end) * width,
-                  img->gmask + int64_t(first) * width);
-    });
+    copyPlane(source->mask, img->gmask, img->width, img->height);
     return true;
 }

@@ -72,14 +72,6 @@ Bounds boundsWhere(const uint16_t *plane, int width, int height, Match matches)
     all.height = all.bottom - all.top + 1;
     return all;
 }
-
-void copyPlane(const uint16_t *from, uint16_t *to, int width, int height)
-{
-    parallelRows(height, width, [=](int first, int end) {
-        std::copy(from + int64_t(first) * width, from + int64_t(end) * width,
-                  to + int64_t(first) * width);
-    });
-}
 } // namespace
 
 void image::fillGmask(uint16_t value)

@@ -3,6 +3,7 @@
 
 #include <QThread>
 #include <QThreadPool>
+#include <cstring>
 
 #include <algorithm>
 #include <atomic>
@@ -73,4 +74,12 @@ void parallelRows(int rows, int samplesPerRow, const std::function<void(int, int
 void setRowThreads(int count)
 {
     threadSetting.store(std::max(count, 0), std::memory_order_relaxed);
+}
+
+void copyPlane(const uint16_t *from, uint16_t *to, int width, int height)
+{
+    parallelRows(height, width, [=](int first, int end) {
+        const int64_t start = int64_t(first) * width;
+        std::memcpy(to + start, from + start, size_t(end - first) * size_t(width) * sizeof *from);
+    });
 }

@@ -5,6 +5,7 @@
 #include "area/areatools.h"
 #include "core/workspace.h"
 #include "views/commitselection.h"
+#include "views/cropguides.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 
@@ -18,16 +19,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <iterator>
 #include <utility>
 
 namespace
 {
 constexpr double kLeastBand = 4.0; ///< client pixels; a smaller band of Magnify is a click
-
-/// Longer side by shorter side for the entries of the Crop operator's aspect list.
-constexpr double kAspects[] = {0.0,         1.0,         4.0 / 3.0,  7.0 / 5.0, 10.0 / 8.0,
-                               14.0 / 11.0, 20.0 / 16.0, 16.0 / 9.0, 1.85,      2.39};
 
 /// Control makes squares and circles of their bands.
 bool constrains(int tool)
@@ -190,8 +186,7 @@ double AreaGesture::bandAspect() const
     const bool cropping = space.mainOpIndex == kOpCrop;
     const bool holds = (used == kToolRectangle && (space.useCropGuides || cropping)) ||
                        (used == kToolEllipse && (space.useOvalGuides || cropping));
-    const int entry = space.cropAspect;
-    return holds && entry > 0 && entry < int(std::size(kAspects)) ? kAspects[entry] : 0.0;
+    return holds ? cropAspectRatio(space.cropAspect) : 0.0;
 }
 
 /// In whole samples, so that what is seen is what will be selected. A rectangle counts both

@@ -28,24 +28,19 @@ QString translated(const char *text)
     return QCoreApplication::translate("imgWindow", text);
 }
 
-/// What is known of each tool: how the status line calls it, and its switch for smoothing.
-struct ToolFacts {
-    const char *name;
-    bool Workspace::*smooths;
-};
-const ToolFacts kTools[] = {
-    {QT_TRANSLATE_NOOP("imgWindow", "Rectangle"), &Workspace::rectaa},
-    {QT_TRANSLATE_NOOP("imgWindow", "Numeric Rectangle"), &Workspace::rectaa},
-    {QT_TRANSLATE_NOOP("imgWindow", "Ellipse"), &Workspace::ellaa},
-    {QT_TRANSLATE_NOOP("imgWindow", "Entire"), nullptr},
-    {nullptr, nullptr}, // Magnify
-    {QT_TRANSLATE_NOOP("imgWindow", "Polygon"), &Workspace::polyaa},
-    {QT_TRANSLATE_NOOP("imgWindow", "Pencil"), &Workspace::pencilaa},
-    {nullptr, nullptr}, // no tool
-    {QT_TRANSLATE_NOOP("imgWindow", "Re-do"), nullptr},
-    {QT_TRANSLATE_NOOP("imgWindow", "Magic Wand"), &Workspace::wandaa},
-    {QT_TRANSLATE_NOOP("imgWindow", "Polyspline"), &Workspace::splineaa},
-    {QT_TRANSLATE_NOOP("imgWindow", "P-Shape"), &Workspace::pshapeaa}};
+/// How the status line calls what each tool selects; null for what selects nothing.
+constexpr const char *kToolNames[] = {QT_TRANSLATE_NOOP("imgWindow", "Rectangle"),
+                                      QT_TRANSLATE_NOOP("imgWindow", "Numeric Rectangle"),
+                                      QT_TRANSLATE_NOOP("imgWindow", "Ellipse"),
+                                      QT_TRANSLATE_NOOP("imgWindow", "Entire"),
+                                      nullptr, // Magnify
+                                      QT_TRANSLATE_NOOP("imgWindow", "Polygon"),
+                                      QT_TRANSLATE_NOOP("imgWindow", "Pencil"),
+                                      nullptr, // no tool
+                                      QT_TRANSLATE_NOOP("imgWindow", "Re-do"),
+                                      QT_TRANSLATE_NOOP("imgWindow", "Magic Wand"),
+                                      QT_TRANSLATE_NOOP("imgWindow", "Polyspline"),
+                                      QT_TRANSLATE_NOOP("imgWindow", "P-Shape")};
 
 bool drawsFigure(int tool)
 {
@@ -132,7 +127,7 @@ bool Figure::make()
     listed = areaState()->pointCount;
     if (!produce(true))
         return false;
-    const auto smooths = kTools[tool].smooths;
+    const auto smooths = smoothingSwitch(tool);
     if (smooths && space.*smooths && space.mainOpIndex != kOpMeasure)
         smooth();
     img->saveMask();
@@ -210,7 +205,7 @@ void Figure::join() const
 
 QString Figure::report() const
 {
-    const QString name = translated(kTools[tool].name);
+    const QString name = translated(kToolNames[tool]);
     if (shortOfMemory)
         return translated("%1: not enough memory for all of it").arg(name);
     const Bounds found = img->maskBounds();
@@ -235,7 +230,7 @@ void selectFigure(imgWindow *window, imgWindow *taker, QPoint offset, int tool, 
         workspace()->statusText(
             figure.lacksMemory()
                 ? translated("Not enough memory: the selection is as it was")
-                : translated("%1: nothing selected").arg(translated(kTools[tool].name)));
+                : translated("%1: nothing selected").arg(translated(kToolNames[tool])));
     else if (!workspace()->selectMode)
         workspace()->statusText(figure.report());
     selectionChanged(taker->img);
@@ -268,7 +263,7 @@ void commitSelection(imgWindow *window, int tool, bool dragged)
         return;
     if (tool < 0)
         tool = workspace()->toolSelect;
-    if (tool < 0 || tool >= int(std::size(kTools)) || !kTools[tool].name) {
+    if (tool < 0 || tool >= int(std::size(kToolNames)) || !kToolNames[tool]) {
         window->refreshOverlay(); // Magnify selects nothing
         return;
     }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace
 {
@@ -60,6 +61,13 @@ std::vector<GuideLine> diagonals(QSizeF box)
             {{w, h}, {w - side, h - side}}};
 }
 } // namespace
+
+double cropAspectRatio(int entry)
+{
+    constexpr double ratios[] = {0.0,         1.0,         4.0 / 3.0,  7.0 / 5.0, 10.0 / 8.0,
+                                 14.0 / 11.0, 20.0 / 16.0, 16.0 / 9.0, 1.85,      2.39};
+    return entry >= 0 && entry < int(std::size(ratios)) ? ratios[entry] : 0.0;
+}
 
 QStringList cropGuideNames()
 {

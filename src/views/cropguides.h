@@ -19,6 +19,8 @@ enum CropGuide {
 
 /// What the guides are called, in the order of their numbers.
 QStringList cropGuideNames();
+/// Longer side by shorter side for an entry of the aspect list; 0 where any will do.
+double cropAspectRatio(int entry);
 
 /// A line through points.
 using GuideLine = std::vector<QPointF>;

@@ -17,17 +17,6 @@
 // painting. What it made is taken over on the main thread. Whatever changes the image waits
 // for the window's jobs first, and so does whatever ends the window or the image.
 
-namespace
-{
-void copyMask(const image &of, const uint16_t *from, uint16_t *to)
-{
-    const int64_t width = of.width;
-    parallelRows(of.height, of.width, [=](int first, int end) {
-        std::copy(from + first * width, from + end * width, to + first * width);
-    });
-}
-} // namespace
-
 bool imgWindow::startWorker(WorkerThread::Mode mode)
 {
     if (!validImage() || (mode == WorkerThread::Mask && wandBusy))
@@ -82,7 +71,7 @@ void imgWindow::cancelMaskDrag()
 {
     finishJobs(false);
     if (actRecorded && backSaved) {
-        copyMask(*img, backMask->get(), img->gmask);
+        copyPlane(backMask->get(), img->gmask, img->width, img->height);
         if (img->kind != 1)
             dropLastUndo(img);
         selectionChanged(img);
@@ -100,7 +89,7 @@ bool imgWindow::saveBackMask()
     backSize = size;
     backSaved = bool(*backMask);
     if (backSaved)
-        copyMask(*img, img->gmask, backMask->get());
+        copyPlane(img->gmask, backMask->get(), img->width, img->height);
     else
         backMask.reset();
     return backSaved;
@@ -111,7 +100,7 @@ void imgWindow::takeMask(const MaskBuffer &mask, bool joins, bool add)
     if (!actRecorded && img->kind != 1) // a master's undo goes to its target
         beginAct(img);
     actRecorded = true;
-    copyMask(*img, mask.get(), img->gmask);
+    copyPlane(mask.get(), img->gmask, img->width, img->height);
     if (joins)
         combineMasks(img->gmask, backMask->get(), img->width, img->height, add);
     selectionChanged(img);
@@ -121,7 +110,7 @@ bool imgWindow::takeJobMask()
 {
     if (!jobMask)
         return false;
-    copyMask(*img, jobMask->get(), img->gmask);
+    copyPlane(jobMask->get(), img->gmask, img->width, img->height);
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "app/transsetter.h"
 #include "app/xyrect.h"
 #include "area/areastate.h"
+#include "support/widgets.h"
 #include "views/testhost.h"
 
 #include <QAbstractButton>
@@ -25,18 +26,10 @@ namespace
 {
 constexpr int kClick = std::numeric_limits<int>::min();
 
-template <class Widget>
-Widget *field(const QWidget &in, const char *name)
-{
-    auto *found = in.findChild<Widget *>(QLatin1String(name));
-    EXPECT_NE(found, nullptr) << name;
-    return found;
-}
-
 /// Sets a field, a slider or a list, or presses a button.
 void use(const QWidget &in, const char *name, int value = kClick)
 {
-    auto *widget = field<QWidget>(in, name);
+    auto *widget = child<QWidget>(in, name);
     if (auto *button = qobject_cast<QAbstractButton *>(widget))
         button->click();
     else if (auto *spin = qobject_cast<QSpinBox *>(widget))
@@ -125,15 +118,15 @@ TEST_F(AreaDialogs, NumericRectangleRefusesWhatHasNoSizeAndStaysOpen)
         SCOPED_TRACE(name);
         startWith(10, 20, 60, 79);
         XYRect dialog(picture, nullptr);
-        EXPECT_FALSE(field<QAbstractButton>(dialog, "capture")->isEnabled()) << "none recorded";
+        EXPECT_FALSE(child<QAbstractButton>(dialog, "capture")->isEnabled()) << "none recorded";
         dialog.show();
         use(dialog, name, value);
         dialog.accept();
         EXPECT_TRUE(dialog.isVisible());
-        EXPECT_EQ(field<QLabel>(dialog, "message")->text(), refusal);
+        EXPECT_EQ(child<QLabel>(dialog, "message")->text(), refusal);
         EXPECT_EQ(host.nrectX2, 60);
         use(dialog, name, mended);
-        EXPECT_EQ(field<QLabel>(dialog, "message")->text(), QString());
+        EXPECT_EQ(child<QLabel>(dialog, "message")->text(), QString());
         dialog.accept();
         EXPECT_EQ(dialog.result(), QDialog::Accepted);
     }
@@ -144,7 +137,7 @@ TEST_F(AreaDialogs, NumericRectangleMovesWithTheDragFromItsSecondMoveOn)
     startWith(10, 20, 60, 79);
     XYRect dialog(picture, nullptr);
     dialog.show();
-    auto *handle = field<QLabel>(dialog, "drag");
+    auto *handle = child<QLabel>(dialog, "drag");
     const auto drag = [handle](QPoint to) {
         QMouseEvent move(QEvent::MouseMove, to, handle->mapToGlobal(to), Qt::NoButton,
                          Qt::LeftButton, Qt::NoModifier);
@@ -171,7 +164,7 @@ TEST_F(AreaDialogs, BlendingWritesShowsAndTakesBack)
     host.curveFactor = 2;
     QPointer<TransSetter> dialog = new TransSetter(nullptr);
     EXPECT_EQ(dialog->windowTitle(), "Area Selection Blending");
-    EXPECT_EQ(field<QSlider>(*dialog, "floor")->value(), 50);
+    EXPECT_EQ(child<QSlider>(*dialog, "floor")->value(), 50);
     EXPECT_EQ(host.curveAmplitude, 1.7) << "kept until the slider is moved";
     use(*dialog, "curveType", 0);
     EXPECT_EQ(host.curveMode, 0);
@@ -183,17 +176,17 @@ TEST_F(AreaDialogs, BlendingWritesShowsAndTakesBack)
     EXPECT_EQ(host.curveAmplitude, 101 / 200.0);
     use(*dialog, "normalize");
     EXPECT_EQ(host.curveAmplitude, 1.0 / 3) << "not what the slider makes of it";
-    EXPECT_EQ(field<QSlider>(*dialog, "amplitude")->value(), 67);
-    const QImage plotted = field<QWidget>(*dialog, "plot")->grab().toImage();
+    EXPECT_EQ(child<QSlider>(*dialog, "amplitude")->value(), 67);
+    const QImage plotted = child<QWidget>(*dialog, "plot")->grab().toImage();
     use(*dialog, "factor", 6);
     EXPECT_EQ(host.curveFactor, 6);
-    EXPECT_NE(field<QWidget>(*dialog, "plot")->grab().toImage(), plotted)
+    EXPECT_NE(child<QWidget>(*dialog, "plot")->grab().toImage(), plotted)
         << "the plot holds the factor";
     use(*dialog, "reset");
     EXPECT_EQ(std::tuple(host.curveMode, host.curveAmplitude, host.curveFloor, host.curveFactor),
               std::tuple(1, 1.0, 0.0, 0));
-    EXPECT_EQ(field<QSlider>(*dialog, "amplitude")->value(), 200);
-    EXPECT_EQ(field<QComboBox>(*dialog, "factor")->currentIndex(), 0);
+    EXPECT_EQ(child<QSlider>(*dialog, "amplitude")->value(), 200);
+    EXPECT_EQ(child<QComboBox>(*dialog, "factor")->currentIndex(), 0);
     dialog->show();
     dialog->move(40, 30);
     EXPECT_EQ(QPoint(host.transX, host.transY), QPoint(40, 30));
@@ -212,14 +205,14 @@ TEST_F(AreaDialogs, ShapeIsTurnedByDialFieldAndButtons)
 {
     {
         const pShapeController idle(nullptr);
-        EXPECT_FALSE(field<QDial>(idle, "dial")->isEnabled()) << "there is no shape";
+        EXPECT_FALSE(child<QDial>(idle, "dial")->isEnabled()) << "there is no shape";
     }
     const AreaPoint corners[] = {{0, 0}, {40, 0}, {40, 20}, {0, 0}};
     area.shape.remember(corners, 4, QStringLiteral("Polygonal"), false);
     ASSERT_TRUE(area.shape.convert());
     pShapeController dialog(nullptr);
-    EXPECT_EQ(field<QLabel>(dialog, "shapeName")->text(), "Polygonal");
-    EXPECT_EQ(field<QDial>(dialog, "dial")->value(), 1800) << "upright is up";
+    EXPECT_EQ(child<QLabel>(dialog, "shapeName")->text(), "Polygonal");
+    EXPECT_EQ(child<QDial>(dialog, "dial")->value(), 1800) << "upright is up";
     const struct {
         const char *widget;
         int value, tenths;
@@ -234,19 +227,19 @@ TEST_F(AreaDialogs, ShapeIsTurnedByDialFieldAndButtons)
         SCOPED_TRACE(c.widget);
         use(dialog, c.widget, c.value);
         EXPECT_NEAR(area.shape.rotation, c.tenths / 3600.0 * 2 * M_PI, 1e-9);
-        EXPECT_EQ(field<QSpinBox>(dialog, "digits")->value(), c.tenths);
-        EXPECT_EQ(field<QDial>(dialog, "dial")->value(), (c.tenths + 1800) % 3600);
+        EXPECT_EQ(child<QSpinBox>(dialog, "digits")->value(), c.tenths);
+        EXPECT_EQ(child<QDial>(dialog, "dial")->value(), (c.tenths + 1800) % 3600);
     }
-    auto *digits = field<QSpinBox>(dialog, "digits");
+    auto *digits = child<QSpinBox>(dialog, "digits");
     digits->selectAll();
     QTest::keyClicks(digits, "12.5");
     QTest::keyClick(digits, Qt::Key_Return);
     EXPECT_NEAR(area.shape.rotation, 12.5 / 180 * M_PI, 1e-9);
-    const QImage before = field<QWidget>(dialog, "preview")->grab().toImage();
+    const QImage before = child<QWidget>(dialog, "preview")->grab().toImage();
     area.shape.setRotation(-M_PI / 2); // by the mouse, for instance
     dialog.shapeChanged();
     EXPECT_EQ(digits->value(), 2700);
-    EXPECT_NE(field<QWidget>(dialog, "preview")->grab().toImage(), before);
+    EXPECT_NE(child<QWidget>(dialog, "preview")->grab().toImage(), before);
     use(dialog, "lockAspect");
     EXPECT_TRUE(host.lockPAspect);
 }
@@ -258,7 +251,7 @@ TEST_F(AreaDialogs, AntialiasSettingsHoldAtOnce)
     const QImage before = dialog.grab().toImage();
     use(dialog, "radius", 30);
     EXPECT_EQ(host.aarange, 30);
-    EXPECT_EQ(field<QSlider>(dialog, "radiusSlider")->value(), 20);
+    EXPECT_EQ(child<QSlider>(dialog, "radiusSlider")->value(), 20);
     use(dialog, "radiusSlider", 4);
     EXPECT_EQ(host.aarange, 4);
     EXPECT_EQ(host.aaamount, 3.0);
@@ -270,7 +263,7 @@ TEST_F(AreaDialogs, AntialiasSettingsHoldAtOnce)
     }
     host.textaa = false;
     dialog.settingsChanged();
-    EXPECT_FALSE(field<QAbstractButton>(dialog, "textaa")->isChecked());
+    EXPECT_FALSE(child<QAbstractButton>(dialog, "textaa")->isChecked());
     auto *sample = dialog.findChild<SmoothingSample *>();
     const QImage soft = sample->grab().toImage();
     use(dialog, "amountSlider", 0);

@@ -6,6 +6,7 @@
 #include "core/memory.h"
 #include "support/debuglog.h"
 #include "support/recordingworkspace.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -22,14 +23,6 @@
 
 namespace
 {
-template <class Widget>
-Widget *child(const QDialog &dialog, const char *name)
-{
-    auto *found = dialog.findChild<Widget *>(QString::fromLatin1(name));
-    EXPECT_NE(found, nullptr) << name;
-    return found;
-}
-
 void press(const QDialog &dialog, QDialogButtonBox::StandardButton which)
 {
     QTest::mouseClick(child<QDialogButtonBox>(dialog, "buttonBox")->button(which), Qt::LeftButton);

@@ -6,6 +6,7 @@
 #include "app/imageinformation.h"
 #include "core/undo.h"
 #include "support/stack.h"
+#include "support/widgets.h"
 #include "views/testhost.h"
 
 #include <QDoubleSpinBox>
@@ -23,14 +24,6 @@
 
 namespace
 {
-template <class Widget>
-Widget *field(const QWidget &in, const char *name)
-{
-    auto *found = in.findChild<Widget *>(QLatin1String(name));
-    EXPECT_NE(found, nullptr) << name;
-    return found;
-}
-
 class DialogHost : public TestHost
 {
 public:
@@ -52,19 +45,19 @@ TEST(NotationsDialog, MakesEditsAndOrdersNotes)
     host.dialog = &dialog;
     dialog.show();
     EXPECT_TRUE(host.editingNotations && host.showNotations);
-    field<QPushButton>(dialog, "newNote")->click();
-    auto *text = field<QPlainTextEdit>(dialog, "noteText");
+    child<QPushButton>(dialog, "newNote")->click();
+    auto *text = child<QPlainTextEdit>(dialog, "noteText");
     QTest::keyClicks(text, "first");
     ASSERT_EQ(img->notations.size(), 1);
     EXPECT_EQ(img->notations.at(0).text, "first");
     EXPECT_EQ(img->notations.at(0).textX, 100) << "the middle of the view";
     EXPECT_EQ(img->undoList.size(), 1) << "making and typing are one act";
-    field<QPushButton>(dialog, "newNote")->click();
+    child<QPushButton>(dialog, "newNote")->click();
     QTest::keyClicks(text, "second");
-    field<QSpinBox>(dialog, "opacity")->setValue(40);
+    child<QSpinBox>(dialog, "opacity")->setValue(40);
     EXPECT_DOUBLE_EQ(img->notations.at(1).opacity, 0.4);
-    field<QPushButton>(dialog, "moveUp")->click();
-    auto *list = field<QTreeWidget>(dialog, "list");
+    child<QPushButton>(dialog, "moveUp")->click();
+    auto *list = child<QTreeWidget>(dialog, "list");
     EXPECT_EQ(list->topLevelItem(0)->text(1), "second");
     EXPECT_EQ(window->notes.chosenNote(), 0);
     undo(img);
@@ -92,12 +85,12 @@ TEST(ImageInformationDialog, AppliesFieldsAsOneAct)
         EXPECT_TRUE(img->undoList.isEmpty() && !img->changed);
     }
     ImageInformation dialog(img);
-    field<QPushButton>(dialog, "countColors")->click();
-    EXPECT_TRUE(field<QLabel>(dialog, "colorCount")->text().startsWith("1 "));
-    QTest::keyClicks(field<QLineEdit>(dialog, "author"), "Me");
-    field<QSpinBox>(dialog, "xDpi")->setValue(50);
-    QTest::keyClicks(field<QLineEdit>(dialog, "search"), "model");
-    EXPECT_TRUE(field<QTreeWidget>(dialog, "lines")->topLevelItem(0)->isHidden());
+    child<QPushButton>(dialog, "countColors")->click();
+    EXPECT_TRUE(child<QLabel>(dialog, "colorCount")->text().startsWith("1 "));
+    QTest::keyClicks(child<QLineEdit>(dialog, "author"), "Me");
+    child<QSpinBox>(dialog, "xDpi")->setValue(50);
+    QTest::keyClicks(child<QLineEdit>(dialog, "search"), "model");
+    EXPECT_TRUE(child<QTreeWidget>(dialog, "lines")->topLevelItem(0)->isHidden());
     dialog.accept();
     EXPECT_EQ(img->author, "Me");
     EXPECT_EQ(img->yDpi, 50) << "equal numbers stay equal";
@@ -117,11 +110,11 @@ TEST(AnimationExportDialog, PlaysAndTakesWhatWasChosen)
     AnimationExport dialog(stack.master, &animation);
     dialog.show();
     ASSERT_TRUE(QTest::qWaitFor([&]() { return dialog.framesReady() == 3; }));
-    field<QDoubleSpinBox>(dialog, "delay")->setValue(0.5);
-    auto *frames = field<QTableWidget>(dialog, "frames");
-    field<QAbstractButton>(dialog, "reversed")->click();
+    child<QDoubleSpinBox>(dialog, "delay")->setValue(0.5);
+    auto *frames = child<QTableWidget>(dialog, "frames");
+    child<QAbstractButton>(dialog, "reversed")->click();
     frames->item(0, 1)->setData(Qt::EditRole, 2.0);
-    field<QSpinBox>(dialog, "colors")->setValue(16);
+    child<QSpinBox>(dialog, "colors")->setValue(16);
     dialog.accept();
     EXPECT_EQ(animation.delays, QList<int>({50, 50, 200})) << "the top layer plays first";
     EXPECT_TRUE(animation.reversed && animation.colors == 16);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/guidesettings.h"
 #include "app/outlinemode.h"
+#include "support/widgets.h"
 #include "views/testhost.h"
 
 #include <QCheckBox>
@@ -14,17 +15,6 @@
 #include <QTextBrowser>
 
 #include <gtest/gtest.h>
-
-namespace
-{
-template <class Widget>
-Widget *child(const QDialog &dialog, const char *name)
-{
-    auto *found = dialog.findChild<Widget *>(QString::fromLatin1(name));
-    EXPECT_NE(found, nullptr) << name;
-    return found;
-}
-} // namespace
 
 TEST(GuideSettingsDialog, ShowsTheSettingsAndWritesThemAtOnce)
 {

@@ -305,6 +305,8 @@ TEST_F(Gestures, PencilNumericRectangleAndShape)
     host.nrectY1 = 4;
     host.nrectX2 = 5;
     host.nrectY2 = 6;
+    host.rectaa = true; // the switch of another tool
+    host.aarange = 3;
     click({50, 50});
     EXPECT_EQ(selected(), QRect(3, 4, 3, 3));
 }
