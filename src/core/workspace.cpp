@@ -119,6 +119,16 @@ bool Workspace::askQuality(int *, bool)
     return true;
 }
 
+bool Workspace::askText(const QString &, const QString &, QString *)
+{
+    return true;
+}
+
+bool Workspace::askSlider(const QString &, const QString &, int, int, int *)
+{
+    return true;
+}
+
 void Workspace::progress(const QString &, int64_t, int64_t) {}
 
 bool Workspace::cancelRequested()

@@ -156,6 +156,11 @@ public:
     /// The JPEG quality of this save, 1 to 100, preset with jpegImageQuality.
     /// Returns false if the person gave the save up.
     virtual bool askQuality(int *quality, bool forPng);
+    /// A line of text, preset with *text. False if the person gave it up.
+    virtual bool askText(const QString &title, const QString &prompt, QString *text);
+    /// A whole number of low to high on a slider, preset with *value. False if given up.
+    virtual bool askSlider(const QString &title, const QString &label, int low, int high,
+                           int *value);
     /// Progress of long work, done out of total; an empty text or total 0 ends it.
     virtual void progress(const QString &text, int64_t done, int64_t total);
     /// Whether the person asked to stop the long work that is going on.

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+class exParser;
+
+/// Types that the string tokeniser gives.
+enum TextTokenType {
+    kTextPunctuation = 0,
+    kTextPlus = 1,
+    kTextFunction = 4,
+    kTextQuoted = 5,
+    kTextWord = 6,
+    kTextBlank = 8,
+    kTextListed = 10 ///< a word of the caller's list
+};
+
+/// Splits a text expression; both lists are filled to the same length. False for an open quote
+/// or unbalanced parentheses.
+bool tokenizeText(const exParser &parser, const QString &text, const QStringList &listed,
+                  QStringList *tokens, QList<int> *types);
+
+/// The value of a text expression: pieces joined by "+", each a quoted text, a variable or a
+/// call of a text function. What is none of these stands for itself, with a warning.
+QString evaluateText(exParser &parser, const QString &text);
+
+/// A variable of either kind as text. False if there is none. A name with a capital gives a
+/// number's source instead of its value.
+bool fetchText(const exParser &parser, const QString &name, QString *text);
+
+/// The simpler rule for the text of an operator: "+" joins, "++" is a plus, each part is a
+/// variable or stands for itself. False for a part that is empty.
+bool textOperand(const exParser &parser, const QString &text, QString *result);
+
+/// Whether the piece is a call of a text function, name(arguments); its value then.
+bool callTextFunction(exParser &parser, const QString &piece, QString *result);
+
+/// A text without the quotes around it, if there are any.
+QString unquoted(const QString &text);
+/// What a named parameter stands for: the inside of quotes, the text of a string variable of
+/// that name, or the word itself.
+QString namedParameter(const exParser &parser, const QString &word);
