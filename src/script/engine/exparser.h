@@ -69,6 +69,7 @@ public:
     /// Assigns the value of an expression. False, reported and with the variable as it
     /// was, for an impossible name or an expression without a value.
     bool setNumber(const QString &name, const QString &text);
+    bool setNumber(const QString &name, ExpressionProgram *program);
     /// The same with a value that stands.
     bool setNumber(const QString &name, double value);
     /// As setNumber for a text of several parts with ":" between them: the first is the
@@ -124,9 +125,11 @@ private:
     friend class Machine;
 
     void tokenizeProgram(ExpressionProgram *program) const;
+    void traceTokens(const QStringList &tokens, const QList<int32_t> &opCodes) const;
     int classify(QStringView token, ProgramToken *result, int previous) const;
     bool checkName(const QString &name, const QString &text);
     bool storeNumber(const QString &lowName, double value, const QString &source);
+    bool prepareProgram(ExpressionProgram *program, double *value);
     double runProgram(ExpressionProgram *program, bool *ok);
 
     OtTable table;

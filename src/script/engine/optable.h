@@ -54,6 +54,7 @@ enum OtCode : int32_t {
 };
 
 constexpr int kOtRows = 206;
+constexpr int kRelationalPriority = 3;
 
 /// One call as a function of several parameters sees it.
 struct FunctionCall {
@@ -133,6 +134,7 @@ public:
 
 private:
     void addToLists(const OtDefinition &row);
+    void addStackFunction();
 
     OtRow *rows = nullptr;
     int32_t *counts = nullptr;

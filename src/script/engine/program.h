@@ -27,6 +27,7 @@ struct ExpressionProgram {
     QString scanned; ///< what the tokens point into
     std::vector<ProgramToken> tokens;
     uint64_t generation = 0; ///< of the variables; 0: not split yet
+    int running = 0;         ///< evaluations of it under way: its tokens must stay
     bool balanced = false;   ///< its parentheses
     bool isNumber = false;   ///< the whole text is a number
     bool isQuoted = false;   ///< the whole text stands in quotes
@@ -38,3 +39,8 @@ struct ExpressionProgram {
         return QStringView(scanned).mid(token.start, token.length);
     }
 };
+
+/// A text in quotes, which as a number is 0.
+bool isQuotedText(const QString &text);
+/// A text that is one number as it stands, sign and exponent included.
+bool isNumberText(const QString &text, double *value);

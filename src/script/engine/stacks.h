@@ -64,8 +64,8 @@ public:
         return true;
     }
     T pop() { return empty() ? T{} : *top++; }
-    /// `below` entries under the top; null beyond.
-    const T *peek(int below = 0) const { return below < count() ? top + below : nullptr; }
+    /// The entry `below` the top; a zeroed record beyond.
+    T peek(int below = 0) const { return below < count() ? top[below] : T{}; }
 
 private:
     T *base;

@@ -1,1 +1,334 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "script/engine/exparser.h"
+
+#include <QDebug>
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(scriptTokens, "kestrane.script.tokens", QtWarningMsg)
+
+namespace
+{
+bool isDigit(ushort c)
+{
+    return c >= '0' && c <= '9';
+}
+
+bool isBreak(ushort c)
+{
+    switch (c) {
+    case '+':
+    case '-':
+    case '*':
+    case '/':
+    case '%':
+    case '(':
+    case ')':
+    case ',':
+    case '<':
+    case '>':
+    case '!':
+    case ' ':
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Exact for what a double holds exactly: up to 15 digits, with a point among them or not.
+bool plainNumber(QStringView text, double *value)
+{
+    constexpr int kExactDigits = 15;
+    static const double powers[kExactDigits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    if (text.size() > kExactDigits + 1)
+        return false;
+    int64_t digits = 0;
+    int count = 0, fraction = -1;
+    for (const QChar c : text) {
+        if (isDigit(c.unicode())) {
+            digits = digits * 10 + (c.unicode() - '0');
+            ++count;
+            fraction += fraction >= 0;
+        } else if (c == QLatin1Char('.') && fraction < 0) {
+            fraction = 0;
+        } else {
+            return false;
+        }
+    }
+    if (count == 0 || count > kExactDigits)
+        return false;
+    *value = fraction > 0 ? double(digits) / powers[fraction] : double(digits);
+    return true;
+}
+
+/// Whether a text may be a number at all: digits, a point, a sign, "inf" and "nan", or blanks
+/// around them. Words are told from numbers by it before anything dear is tried.
+bool mayBeNumber(QStringView text)
+{
+    const ushort c = text.isEmpty() ? 0 : text[0].unicode();
+    return isDigit(c) || c == '.' || c == '-' || c == '+' || c == 'i' || c == 'n' || c == 'I' ||
+           c == 'N' || text[0].isSpace();
+}
+
+int radixOf(ushort letter)
+{
+    switch (letter) {
+    case 'b':
+        return 2;
+    case 't':
+        return 3;
+    case 'q':
+        return 4;
+    case 'Q':
+        return 5;
+    case 's':
+        return 6;
+    case 'S':
+        return 7;
+    case 'o':
+        return 8;
+    case 'n':
+        return 9;
+    case 'd':
+        return 10;
+    case 'x':
+    case 'h':
+        return 16;
+    default:
+        return 0;
+    }
+}
+
+bool isRadixNumber(QStringView text, double *value)
+{
+    const int base =
+        text.size() >= 2 && text[0] == QLatin1Char('0') ? radixOf(text[1].unicode()) : 0;
+    if (base == 0)
+        return false;
+    bool ok = false;
+    const int whole = text.mid(2).toString().toInt(&ok, base);
+    if (ok)
+        *value = whole;
+    return ok;
+}
+
+/// A "-" after one of these negates what follows. "%" is not among them.
+bool negatesAfter(int previous)
+{
+    return previous == SO_LPAR || previous == SO_COMMA || previous == SO_DIV ||
+           previous == SO_ADD || previous == SO_NOP || previous == SO_SUB || previous == SO_MUL;
+}
+
+/// Cuts a text into tokens. They are copied, since a "=" can join one over a word between.
+class Scanner
+{
+public:
+    Scanner(const QString &source, ExpressionProgram *out)
+        : text(source), scanned(out->scanned), tokens(out->tokens)
+    {
+        scanned.resize(0);
+        scanned.reserve(source.size());
+        tokens.clear();
+    }
+
+    void scan()
+    {
+        for (int i = 0; i < text.size(); ++i) {
+            const ushort c = text[i].unicode();
+            if (c == '=') {
+                assignOrJoin(i);
+            } else if (isBreak(c)) {
+                endWord(i);
+                take(i, 1);
+            }
+        }
+        endWord(int(text.size()));
+    }
+
+private:
+    void take(int start, int length)
+    {
+        ProgramToken token;
+        token.start = int(scanned.size());
+        token.length = length;
+        scanned.append(text.constData() + start, length);
+        tokens.push_back(token);
+        wordStart = start + length;
+    }
+
+    void endWord(int end)
+    {
+        if (end > wordStart)
+            take(wordStart, end - wordStart);
+    }
+
+    /// "=" joins the token before it if that is exactly one of < > ! =. A word between the two
+    /// is lost then.
+    void assignOrJoin(int at)
+    {
+        if (!tokens.empty() && joins(tokens.back())) {
+            ++tokens.back().length;
+            scanned.append(QLatin1Char('='));
+            wordStart = at + 1;
+            return;
+        }
+        endWord(at);
+        take(at, 1);
+    }
+
+    bool joins(const ProgramToken &last) const
+    {
+        const ushort c = last.length == 1 ? scanned[last.start].unicode() : 0;
+        return c == '<' || c == '>' || c == '!' || c == '=';
+    }
+
+    const QString &text;
+    QString &scanned;
+    std::vector<ProgramToken> &tokens;
+    int wordStart = 0;
+};
+
+/// What of the rich text of an editor gets into expressions.
+QString withoutEntities(const QString &text)
+{
+    if (!text.contains(QLatin1Char('&')))
+        return text;
+    return QString(text)
+        .replace(QLatin1String("&gt;"), QLatin1String(">"))
+        .replace(QLatin1String("&lt;"), QLatin1String("<"));
+}
+
+/// Parentheses as they are counted in all of the text, quotes included. `allowEmpty` lets "()"
+/// pass.
+bool parenthesesMatch(const QString &text, bool allowEmpty)
+{
+    int64_t open = 0;
+    ushort before = 0;
+    for (const QChar ch : text) {
+        const ushort c = ch.unicode();
+        if (c == '(')
+            ++open;
+        else if (c == ')' && (--open < 0 || (before == '(' && !allowEmpty)))
+            return false;
+        before = c;
+    }
+    return open == 0;
+}
+} // namespace
+
+bool isQuotedText(const QString &text)
+{
+    return text.size() > 1 && text.front() == QLatin1Char('"') && text.back() == QLatin1Char('"');
+}
+
+bool isNumberText(const QString &text, double *value)
+{
+    if (text.isEmpty() || !mayBeNumber(text))
+        return false;
+    if (plainNumber(text, value))
+        return true;
+    bool ok = false;
+    *value = text.toDouble(&ok);
+    return ok;
+}
+
+double exParser::parseRadixNumber(const QString &text, bool *ok)
+{
+    double value = 0;
+    const bool done = isRadixNumber(text, &value);
+    if (ok)
+        *ok = done;
+    return value;
+}
+
+int exParser::lookupKeyword(const QString &word, bool trace) const
+{
+    const int code = table.lookup(word);
+    if (trace) {
+        if (code == SO_NOP)
+            qDebug().noquote() << QStringLiteral("'%1' token not found in otTable").arg(word);
+        else
+            qDebug().noquote() << soNameOf(code);
+    }
+    return code;
+}
+
+/// Finds what a token is, in the stated order: number, variable, word of the language.
+int exParser::classify(QStringView token, ProgramToken *result, int previous) const
+{
+    if (plainNumber(token, &result->value))
+        return SO_DUB;
+    if (mayBeNumber(token) && !(token.size() == 1 && isBreak(token[0].unicode()))) {
+        bool ok = false;
+        result->value = token.toString().toDouble(&ok);
+        if (ok || isRadixNumber(token, &result->value))
+            return SO_DUB;
+    }
+    // An operator is hardly ever a variable's name; it can be one all the same.
+    if (token.size() > 1 || !isBreak(token[0].unicode()) || variables.anyBreakName()) {
+        result->variable = variables.number(token);
+        if (result->variable)
+            return SO_VAR;
+        if (variables.text(token))
+            return SO_QVAR;
+    }
+    const int code = table.lookup(token);
+    return code == SO_SUB && negatesAfter(previous) ? int(SO_NEGATE2) : code;
+}
+
+void exParser::tokenizeProgram(ExpressionProgram *program) const
+{
+    if (isQuotedText(program->text)) {
+        program->scanned = program->text;
+        ProgramToken whole;
+        whole.length = int(program->text.size());
+        program->tokens.assign(1, whole);
+    } else {
+        Scanner(withoutEntities(program->text), program).scan();
+    }
+    int previous = SO_NOP;
+    for (ProgramToken &token : program->tokens) {
+        const QStringView view = program->view(token);
+        token.op = previous = classify(view, &token, previous);
+        token.opClass = classOf(token.op);
+        token.capital = view[0] != view[0].toLower();
+    }
+    program->generation = variables.generation();
+    program->balanced = parenthesesMatch(program->text, true);
+}
+
+void exParser::tokenize(const QString &text, QStringList *tokens, QList<int32_t> *opCodes) const
+{
+    ExpressionProgram program(text);
+    tokenizeProgram(&program);
+    tokens->clear();
+    opCodes->clear();
+    for (const ProgramToken &token : program.tokens) {
+        *tokens << program.view(token).toString();
+        *opCodes << token.op;
+    }
+    if (scriptTokens().isDebugEnabled())
+        traceTokens(*tokens, *opCodes);
+}
+
+/// The diagnostic second pass: what the word lists say of each token.
+void exParser::traceTokens(const QStringList &tokens, const QList<int32_t> &opCodes) const
+{
+    QList<int32_t> classes;
+    for (int i = 0; i < tokens.size(); ++i) {
+        const int op = opCodes[i];
+        int listed = 0;
+        const QStringList *lists[] = {&table.opPunctuation, &table.opArithmetic,
+                                      &table.opConditional, &table.opFunctions,
+                                      &table.opRelational};
+        for (const QStringList *list : lists)
+            if (listed == 0 && list->contains(tokens[i]))
+                listed = op;
+        classes << (op == SO_VAR || op == SO_QVAR || op == SO_DUB ? op : listed);
+    }
+    if (classes.size() != opCodes.size())
+        qCDebug(scriptTokens) << "tokenclasses != opTypes"
+                              << "tClen =" << classes.size() << "and oTlen =" << opCodes.size()
+                              << classes << opCodes;
+    qCDebug(scriptTokens) << tokens << classes;
+}

@@ -34,6 +34,7 @@ Variable *VariableStore::make(Index *index, const QString &lowName, VariableType
     records.push_back(std::move(record));
     index->emplace(lowName, made);
     ++changes;
+    signNames = signNames || (lowName.size() == 1 && !lowName[0].isLetterOrNumber());
     return made;
 }
 
@@ -54,5 +55,6 @@ void VariableStore::clear()
     records.clear();
     numbers.clear();
     texts.clear();
+    signNames = false;
     ++changes;
 }

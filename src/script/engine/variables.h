@@ -41,6 +41,8 @@ public:
     const std::vector<std::unique_ptr<Variable>> &all() const { return records; }
     /// Changes whenever a record is made or deleted: tokens read before may mean another thing.
     uint64_t generation() const { return changes; }
+    /// Whether a name of a single sign stands among them, such as "+".
+    bool anyBreakName() const { return signNames; }
 
 private:
     struct Hash {
@@ -60,4 +62,5 @@ private:
     std::vector<std::unique_ptr<Variable>> records;
     Index numbers, texts;
     uint64_t changes = 1;
+    bool signNames = false;
 };
