@@ -120,7 +120,7 @@ double exParser::evaluate(ExpressionProgram *program, bool *ok)
         done = program->balanced && !program->tokens.empty() && depth <= kDeepestNesting;
         if (done)
             value = runProgram(program, &done);
-    } else if (depth == 0) {
+    } else {
         leftWords.clear();
     }
     if (ok)
@@ -145,12 +145,10 @@ double exParser::runProgram(ExpressionProgram *program, bool *ok)
     *ok = machine.run();
     --program->running;
     --depth;
-    if (depth == 0) {
-        leftWords.clear();
-        machine.leftovers(&leftWords);
-        if (!dispatcher)
-            releaseSpares();
-    }
+    leftWords.clear();
+    machine.leftovers(&leftWords);
+    if (depth == 0 && !dispatcher)
+        releaseSpares();
     return machine.result();
 }
 

@@ -62,7 +62,7 @@ public:
     double evaluate(ExpressionProgram *program, bool *ok);
     /// A unary or dual function by its code.
     double executeFunction(int opCode, double x, double y);
-    /// Words of the last outermost evaluation that nothing took: mistyped, most likely.
+    /// Words of the last evaluation that nothing took: mistyped, most likely.
     const QStringList &unknownWords() const { return leftWords; }
 
     // --- Variables ------------------------------------------------------------------
@@ -126,7 +126,7 @@ private:
 
     void tokenizeProgram(ExpressionProgram *program) const;
     void traceTokens(const QStringList &tokens, const QList<int32_t> &opCodes) const;
-    int classify(QStringView token, ProgramToken *result, int previous) const;
+    int classify(const ExpressionProgram &program, ProgramToken *result, int previous) const;
     bool checkName(const QString &name, const QString &text);
     bool storeNumber(const QString &lowName, double value, const QString &source);
     bool prepareProgram(ExpressionProgram *program, double *value);

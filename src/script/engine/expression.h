@@ -3,13 +3,10 @@
 
 #include <QString>
 
-/// Evaluates one arithmetic expression: numbers with a point for decimals, + - * / %,
-/// parentheses, a leading minus. Operators act strictly from left to right, without
-/// precedence (1+2*3 is 9). False for anything else, for a result that is not finite,
-/// and for nesting deeper than 200; *value is then untouched.
-bool evaluateExpression(const QString &text, double *value);
-
-/// The same, limited to low to high when either is nonzero; *out is set on success only.
-/// The whole-number form truncates the value.
+/// One parameter of an operator's script line: an expression of the language, evaluated by the
+/// program's parser (see scriptParser), or by one of its own where there is none. False, with
+/// *out untouched, for an expression without a value or with a word that means nothing, for a
+/// value that is not finite, and for one outside of low to high where either is nonzero. The
+/// whole-number form truncates the value.
 bool intParam(const QString &text, int low, int high, int *out);
 bool doubleParam(const QString &text, double low, double high, double *out);

@@ -63,11 +63,11 @@ bool plainNumber(QStringView text, double *value)
 
 /// Whether a text may be a number at all: digits, a point, a sign, "inf" and "nan", or blanks
 /// around them. Words are told from numbers by it before anything dear is tried.
-bool mayBeNumber(QStringView text)
+bool mayBeNumber(QChar first)
 {
-    const ushort c = text.isEmpty() ? 0 : text[0].unicode();
+    const ushort c = first.unicode();
     return isDigit(c) || c == '.' || c == '-' || c == '+' || c == 'i' || c == 'n' || c == 'I' ||
-           c == 'N' || text[0].isSpace();
+           c == 'N' || first.isSpace();
 }
 
 int radixOf(ushort letter)
@@ -223,7 +223,7 @@ bool isQuotedText(const QString &text)
 
 bool isNumberText(const QString &text, double *value)
 {
-    if (text.isEmpty() || !mayBeNumber(text))
+    if (text.isEmpty() || !mayBeNumber(text.at(0)))
         return false;
     if (plainNumber(text, value))
         return true;
@@ -254,18 +254,21 @@ int exParser::lookupKeyword(const QString &word, bool trace) const
 }
 
 /// Finds what a token is, in the stated order: number, variable, word of the language.
-int exParser::classify(QStringView token, ProgramToken *result, int previous) const
+int exParser::classify(const ExpressionProgram &program, ProgramToken *result, int previous) const
 {
+    const QStringView token = program.view(*result);
+    const QChar first = program.scanned.at(result->start);
+    result->capital = first != first.toLower();
     if (plainNumber(token, &result->value))
         return SO_DUB;
-    if (mayBeNumber(token) && !(token.size() == 1 && isBreak(token[0].unicode()))) {
+    if (mayBeNumber(first) && !(token.size() == 1 && isBreak(first.unicode()))) {
         bool ok = false;
         result->value = token.toString().toDouble(&ok);
         if (ok || isRadixNumber(token, &result->value))
             return SO_DUB;
     }
     // An operator is hardly ever a variable's name; it can be one all the same.
-    if (token.size() > 1 || !isBreak(token[0].unicode()) || variables.anyBreakName()) {
+    if (token.size() > 1 || !isBreak(first.unicode()) || variables.anyBreakName()) {
         result->variable = variables.number(token);
         if (result->variable)
             return SO_VAR;
@@ -288,10 +291,8 @@ void exParser::tokenizeProgram(ExpressionProgram *program) const
     }
     int previous = SO_NOP;
     for (ProgramToken &token : program->tokens) {
-        const QStringView view = program->view(token);
-        token.op = previous = classify(view, &token, previous);
+        token.op = previous = classify(*program, &token, previous);
         token.opClass = classOf(token.op);
-        token.capital = view[0] != view[0].toLower();
     }
     program->generation = variables.generation();
     program->balanced = parenthesesMatch(program->text, true);
