@@ -29,6 +29,8 @@ public:
     virtual int addLabel(const QString &text, LabelAlign align, bool advance) = 0;
     virtual int addLine(const QString &text, bool advance) = 0;
     virtual int addEditor(const QString &text) = 0;
+    /// An editor for a text of the script language, in colours; codeedit() hears of changes.
+    virtual int addCodeEditor(const QString &text) = 0;
     /// A colour well; the components are 16-bit, of which the top byte is shown.
     virtual int addWell(int red, int green, int blue, bool advance) = 0;
 
@@ -39,4 +41,5 @@ public:
     virtual void setCombo(int index, int value) = 0;
     virtual void setCheck(int index, bool state) = 0;
     virtual void setLine(int index, const QString &text) = 0;
+    virtual void setCodeEditor(int index, const QString &text) = 0;
 };

@@ -7,6 +7,7 @@
 #include "operators/dialog/histogramview.h"
 #include "operators/dialog/oppreview.h"
 #include "operators/dialog/pagebuilder.h"
+#include "views/codeedit.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 
@@ -80,6 +81,7 @@ void Operators::on_opCombo_currentIndexChanged(int row)
     OpWrapper *op = currentOperator();
     table->page = op ? builder : nullptr;
     builder->rebuild(op);
+    emit operatorChanged(id);
     refreshPreview();
     if (!viewHost() || (oldId != kIdCenterSelection && id != kIdCenterSelection))
         return;
@@ -194,6 +196,20 @@ void Operators::editor0()
     if (OpWrapper *op = currentOperator())
         op->editor(0, reinterpret_cast<QObject *>(builder->editors.at(0)));
     refreshPreview();
+}
+
+void Operators::ceditor0()
+{
+    if (OpWrapper *op = currentOperator())
+        op->codeedit(builder->codeEditors.at(0));
+    emit scriptEdited();
+    refreshPreview();
+}
+
+void Operators::ccursor0()
+{
+    if (const CodeEdit *editor = builder->codeEditors.at(0))
+        scriptCursorLine = editor->currentLine();
 }
 
 void Operators::colorwellhit(int index, int value)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/image.h"
+#include "views/scripthighlighter.h"
 
 #include <QDialog>
 
@@ -36,6 +37,8 @@ public:
 
     OperatorTable *table;
     QString helpPageName;
+    ScriptWords scriptWords;  ///< of script editors on the page
+    int scriptCursorLine = 1; ///< of the one that is there, from 1
     bool beforeShown = false;
     bool thumbnailUsed = false; ///< the last preview showed the whole image
     bool modShift = false, modMeta = false, modAlt = false, modControl = false;
@@ -105,10 +108,16 @@ public slots:
     void lineeditor0(const QString &text) { typed(0, text); }
     void lineeditor1(const QString &text) { typed(1, text); }
     void editor0();
+    void ceditor0();
+    void ccursor0();
 
 signals:
     /// The Apply button was pressed.
     void operateRequested();
+    /// The text in the page's script editor changed by the person's hand.
+    void scriptEdited();
+    /// Another operator became the current one.
+    void operatorChanged(int id);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

@@ -5,6 +5,7 @@
 #include "operators/base/opwrapper.h"
 #include "operators/dialog/colorwell.h"
 #include "operators/dialog/operators.h"
+#include "views/codeedit.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -83,6 +84,7 @@ void PageBuilder::clear()
     sliders.clear();
     lines.clear();
     editors.clear();
+    codeEditors.clear();
     wells.clear();
     valueLabels = {};
     rows.clear();
@@ -282,6 +284,20 @@ int PageBuilder::addEditor(const QString &text)
     return index;
 }
 
+int PageBuilder::addCodeEditor(const QString &text)
+{
+    if (codeEditors.full())
+        return -1;
+    auto *editor = new CodeEdit(page);
+    editor->setMarginShown(false);
+    editor->setWords(dialog->scriptWords);
+    editor->setPlainText(text);
+    editor->setTabChangesFocus(true);
+    const int index = codeEditors.add(editor);
+    place(editor, QStringLiteral("ceditor%1").arg(index), 1, true);
+    return index;
+}
+
 int PageBuilder::addWell(int red, int green, int blue, bool advance)
 {
     const int index = int(wells.size());
@@ -341,6 +357,14 @@ void PageBuilder::setLine(int index, const QString &text)
     }
 }
 
+void PageBuilder::setCodeEditor(int index, const QString &text)
+{
+    if (CodeEdit *editor = codeEditors.at(index)) {
+        const QSignalBlocker quiet(editor);
+        editor->replaceText(text);
+    }
+}
+
 void PageBuilder::alignLabels()
 {
     std::vector<QLabel *> first;
@@ -392,6 +416,10 @@ void PageBuilder::connectPage()
         hook(lines.at(i), "textChanged(QString)", "lineeditor", i, "(QString)");
     for (int i = 0; i < editors.count(); ++i)
         hook(editors.at(i), "textChanged()", "editor", i, "()");
+    for (int i = 0; i < codeEditors.count(); ++i) {
+        hook(codeEditors.at(i), "textChanged()", "ceditor", i, "()");
+        hook(codeEditors.at(i), "cursorPositionChanged()", "ccursor", i, "()");
+    }
     for (ColorWell *well : wells)
         connect(well, &ColorWell::sendId, dialog, &Operators::colorwellhit);
 }

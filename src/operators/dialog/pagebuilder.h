@@ -8,6 +8,7 @@
 #include <array>
 #include <vector>
 
+class CodeEdit;
 class ColorWell;
 class OpWrapper;
 class Operators;
@@ -78,6 +79,7 @@ public:
     int addLabel(const QString &text, LabelAlign align, bool advance) override;
     int addLine(const QString &text, bool advance) override;
     int addEditor(const QString &text) override;
+    int addCodeEditor(const QString &text) override;
     int addWell(int red, int green, int blue, bool advance) override;
 
     void setSlider(int index, int value) override;
@@ -86,6 +88,7 @@ public:
     void setCombo(int index, int value) override;
     void setCheck(int index, bool state) override;
     void setLine(int index, const QString &text) override;
+    void setCodeEditor(int index, const QString &text) override;
 
     // The pools, for the slots that pass a widget on and for tests.
     WidgetPool<QPushButton, 8> buttons;
@@ -96,6 +99,7 @@ public:
     WidgetPool<QSlider, 6> sliders;
     WidgetPool<QLineEdit, 2> lines;
     WidgetPool<QPlainTextEdit, 1> editors;
+    WidgetPool<CodeEdit, 1> codeEditors;
     std::vector<ColorWell *> wells;
 
 private:
