@@ -3,17 +3,15 @@
 
 #include "core/memory.h"
 #include "core/workspace.h"
+#include "operators/pipeline/random15.h"
 
 #include <cmath>
-#include <cstdlib>
 
 namespace
 {
 constexpr double kWhiteSquared = 4294836225.0;
 constexpr double kDissolveLow = 0.007812619211108568; // 512 / 65535
 constexpr double kDissolveHigh = 0.9921873807888915;  // 65023 / 65535
-constexpr int kRandomMask = 32767;
-constexpr double kRandomSpan = 32767.0;
 constexpr int kTableSize = 256;
 
 /// Mixes a square with the old value.
@@ -44,7 +42,7 @@ double multiplied(double a, double b, double t)
 
 colorblending::colorblending() : blendMode(workspace() ? workspace()->blendMode : ownMode)
 {
-    std::srand(1);
+    seedRandom15(1);
     initcolors();
 }
 
@@ -85,12 +83,11 @@ void colorblending::nextChannel()
     channel = channel >= 2 ? 0 : channel + 1;
 }
 
-/// Draws one number per pixel. The upper 15 bits of the generator are taken, for it gives 31
-/// on some systems, and the number has to lie within 0 to 1.
+/// Draws one number of 0 to 1 per pixel.
 bool colorblending::aboveRandom(double t)
 {
     if (channel == 0)
-        dissolveValue = ((std::rand() >> 16) & kRandomMask) / kRandomSpan;
+        dissolveValue = random15() / kRandom15Span;
     nextChannel();
     return t > dissolveValue;
 }
