@@ -49,7 +49,6 @@ double fnLess(exParser &parser, double x, double y);
 double fnLessOrEqual(exParser &parser, double x, double y);
 double fnAmix(FunctionCall &call);
 double fnAtan2(FunctionCall &call);
-double fnCmix(FunctionCall &call);
 double fnHypo(FunctionCall &call);
 double fnLength(FunctionCall &call);
 double fnMod(FunctionCall &call);
@@ -124,12 +123,15 @@ double fnCser(FunctionCall &call);
 
 // Samples and the selection of the current image: functions_image.cpp
 double fnAam(FunctionCall &call);
+double fnCmix(FunctionCall &call);
 double fnLinem(FunctionCall &call);
 double fnReadch(FunctionCall &call);
 double fnReadm(FunctionCall &call);
 double fnSetm(FunctionCall &call);
 double fnWritem(FunctionCall &call);
 double fnWritep(FunctionCall &call);
+
+// A matrix over the current image: functions_convolve.cpp
 double fnConvolve(FunctionCall &call);
 
 // The numeric user stack, chance, user functions, declarations, the slider: functions_calls.cpp

@@ -1,284 +1,354 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "script/engine/functions.h"
 
-#include "script/engine/exparser.h"
+#include "script/engine/numbers.h"
 
-double fnBtow(exParser &, double)
+#include <algorithm>
+#include <cmath>
+
+namespace
 {
-    return {};
+constexpr double kLight = 299792458.0; ///< metres a second
+constexpr double kDegree = 0.017453292519943295;
+constexpr double kMilliwatt = 0.001;
+constexpr double kImpedance = 50.0;                                ///< ohms of a receiver
+constexpr double kS1 = 120.96910013008056, kS9 = 72.9756257004598; ///< below 1 mW, in dB
+
+double frequencyToWave(double x)
+{
+    return x == 0.0 ? x : kLight / x;
 }
 
-double fnCtok(exParser &, double)
+double voltsToDbm(double volts, double impedance)
 {
-    return {};
+    return 10.0 * std::log10(volts * volts / impedance / kMilliwatt);
 }
 
-double fnCtor(exParser &, double)
+double dbmToSunits(double d)
 {
-    return {};
+    return d <= -kS9 ? (d + kS1) / 6.0 + 1.0 : (d + kS9) / 1000.0 + 9.0;
 }
 
-double fnPrat(exParser &, double)
+/// What parts side by side come to: one alone itself, any zero a zero.
+double inParallel(const FunctionCall &call)
 {
-    return {};
+    if (call.count == 1)
+        return call.a[0];
+    double sum = 0.0;
+    for (int i = 0; i < call.count; ++i) {
+        if (call.a[i] == 0.0)
+            return 0;
+        sum += 1.0 / call.a[i];
+    }
+    return call.count > 0 ? 1.0 / sum : 0;
+}
+} // namespace
+
+// --- Functions of one number --------------------------------------------------------------
+// The names of some promise another thing than is computed; scripts rely on what is computed.
+
+double fnBtow(exParser &, double x)
+{
+    return x / 3.413;
 }
 
-double fnVrat(exParser &, double)
+double fnCtok(exParser &, double x)
 {
-    return {};
+    return x + 273.15;
 }
 
-double fnDctodf(exParser &, double)
+double fnCtor(exParser &, double x)
 {
-    return {};
+    return 1.8 * x + 32.0 + 460.0;
 }
 
-double fnDftodc(exParser &, double)
+double fnPrat(exParser &, double x)
 {
-    return {};
+    return std::pow(10.0, x / 10.0);
 }
 
-double fnDtow(exParser &, double)
+double fnVrat(exParser &, double x)
 {
-    return {};
+    return std::pow(10.0, x / 20.0);
 }
 
-double fnFtok(exParser &, double)
+double fnDctodf(exParser &, double x)
 {
-    return {};
+    return x * 5.0 / 9.0;
 }
 
-double fnFtom(exParser &, double)
+double fnDftodc(exParser &, double x)
 {
-    return {};
+    return 1.8 * x;
 }
 
-double fnFtor(exParser &, double)
+double fnDtow(exParser &, double x)
 {
-    return {};
+    return std::pow(10.0, x / 10.0) / 1000.0;
 }
 
-double fnFtow(exParser &, double)
+double fnFtok(exParser &, double x)
 {
-    return {};
+    return (x - 32.0) * 5.0 / 9.0 + 273.15;
 }
 
-double fnGtod(exParser &, double)
+double fnFtom(exParser &, double x)
 {
-    return {};
+    return x * 0.3048;
 }
 
-double fnKtoc(exParser &, double)
+double fnFtor(exParser &, double x)
 {
-    return {};
+    return x + 460.0;
 }
 
-double fnKtof(exParser &, double)
+double fnFtow(exParser &, double x)
 {
-    return {};
+    return frequencyToWave(x);
 }
 
-double fnKtor(exParser &, double)
+double fnGtod(exParser &, double x)
 {
-    return {};
+    return x * 0.9;
 }
 
-double fnLton(exParser &, double)
+double fnKtoc(exParser &, double x)
 {
-    return {};
+    return x - 273.15;
 }
 
-double fnMtof(exParser &, double)
+double fnKtof(exParser &, double x)
 {
-    return {};
+    return (x - 273.15) * 1.8 + 32.0;
 }
 
-double fnNtol(exParser &, double)
+double fnKtor(exParser &, double x)
 {
-    return {};
+    return (x - 273.15) * 1.8 + 32.0 + 460.0;
 }
 
-double fnRtoc(exParser &, double)
+double fnLton(exParser &, double x)
 {
-    return {};
+    return x * 4.4482216152605094;
 }
 
-double fnRtof(exParser &, double)
+double fnMtof(exParser &, double x)
 {
-    return {};
+    return x * 3.280839895013123;
 }
 
-double fnRtok(exParser &, double)
+double fnNtol(exParser &, double x)
 {
-    return {};
+    return x * 0.22480894309971;
 }
 
-double fnStoe(exParser &, double)
+double fnRtoc(exParser &, double x)
 {
-    return {};
+    return (x - 460.0 - 32.0) * 5.0 / 9.0;
 }
 
-double fnRtod(exParser &, double)
+double fnRtof(exParser &, double x)
 {
-    return {};
+    return x - 460.0;
 }
 
-double fnDtog(exParser &, double)
+double fnRtok(exParser &, double x)
 {
-    return {};
+    return (x - 460.0 - 32.0) * 5.0 / 9.0 + 273.15;
 }
 
-double fnDtor(exParser &, double)
+double fnStoe(exParser &, double x)
 {
-    return {};
+    return (x - 1.76) / 6.02;
 }
 
-double fnWtob(exParser &, double)
+double fnRtod(exParser &, double x)
 {
-    return {};
+    return x / kDegree;
 }
 
-double fnWtod(exParser &, double)
+double fnDtog(exParser &, double x)
 {
-    return {};
+    return x * 1.1111111111111112;
 }
 
-double fnWtof(exParser &, double)
+double fnDtor(exParser &, double x)
 {
-    return {};
+    return x * kDegree;
 }
 
-double fnCtof(FunctionCall &)
+double fnWtob(exParser &, double x)
 {
-    return {};
+    return x * 3.413;
 }
 
-double fnDbm(FunctionCall &)
+double fnWtod(exParser &, double x)
 {
-    return {};
+    return 10.0 * std::log10(x) + 30.0;
 }
 
-double fnDbpr(FunctionCall &)
+double fnWtof(exParser &, double x)
 {
-    return {};
+    return frequencyToWave(x);
 }
 
-double fnDbvr(FunctionCall &)
+// --- Temperature and levels ---------------------------------------------------------------
+
+double fnCtof(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 1, 52))
+        return 0;
+    return 1.8 * call.a[0] + 32.0;
 }
 
-double fnDtos(FunctionCall &)
+double fnDbm(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 1, 2, 59))
+        return 0;
+    return voltsToDbm(call.a[0], call.count == 2 ? call.a[1] : kImpedance);
 }
 
-double fnDtov(FunctionCall &)
+double fnDbpr(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 2, 57))
+        return 0;
+    return call.a[1] == 0.0 ? 0.0 : 10.0 * std::log10(call.a[0] / call.a[1]);
 }
 
-double fnFtoc(FunctionCall &)
+double fnDbvr(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 2, 58))
+        return 0;
+    return call.a[1] == 0.0 ? 0.0 : 20.0 * std::log10(call.a[0] / call.a[1]);
 }
 
-double fnStodbm(FunctionCall &)
+double fnDtos(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 1, 53))
+        return 0;
+    return dbmToSunits(call.a[0]);
 }
 
-double fnSunits(FunctionCall &)
+double fnDtov(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 1, 55))
+        return 0;
+    return std::sqrt(std::pow(10.0, call.a[0] / 10.0) * kMilliwatt * kImpedance);
 }
 
-double fnEitop(FunctionCall &)
+double fnFtoc(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 1, 50))
+        return 0;
+    return (call.a[0] - 32.0) * 5.0 / 9.0;
 }
 
-double fnEitor(FunctionCall &)
+double fnStodbm(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 1, 54))
+        return 0;
+    const double s = call.a[0];
+    return s < 9.0 ? (s - 1.0) * 6.0 - kS1 : (s - 9.0) * 1000.0 - kS9;
 }
 
-double fnEptor(FunctionCall &)
+double fnSunits(FunctionCall &call)
 {
-    return {};
+    if (!takesNumbers(call, 1, 56))
+        return 0;
+    return dbmToSunits(voltsToDbm(call.a[0], kImpedance));
 }
 
-double fnErtoi(FunctionCall &)
+// --- Voltage e, current i, resistance r, power p ------------------------------------------
+// The count word of these rows is 2, and no call comes with less.
+
+double fnEitop(FunctionCall &call)
 {
-    return {};
+    return call.a[0] * call.a[1];
 }
 
-double fnErtop(FunctionCall &)
+double fnEitor(FunctionCall &call)
 {
-    return {};
+    return call.a[0] / call.a[1];
 }
 
-double fnIrtoe(FunctionCall &)
+double fnEptor(FunctionCall &call)
 {
-    return {};
+    return call.a[0] * call.a[0] / call.a[1];
 }
 
-double fnIrtop(FunctionCall &)
+double fnErtoi(FunctionCall &call)
 {
-    return {};
+    return call.a[0] / call.a[1];
 }
 
-double fnPetoi(FunctionCall &)
+double fnErtop(FunctionCall &call)
 {
-    return {};
+    return call.a[0] * call.a[0] / call.a[1];
 }
 
-double fnPitoe(FunctionCall &)
+double fnIrtoe(FunctionCall &call)
 {
-    return {};
+    return call.a[0] * call.a[1];
 }
 
-double fnPitor(FunctionCall &)
+double fnIrtop(FunctionCall &call)
 {
-    return {};
+    return call.a[0] * call.a[0] * call.a[1];
 }
 
-double fnPrtoi(FunctionCall &)
+double fnPetoi(FunctionCall &call)
 {
-    return {};
+    return call.a[0] / call.a[1];
 }
 
-double fnPrtoe(FunctionCall &)
+double fnPitoe(FunctionCall &call)
 {
-    return {};
+    return call.a[0] / call.a[1];
 }
 
-double fnLser(FunctionCall &)
+double fnPitor(FunctionCall &call)
 {
-    return {};
+    return call.a[0] / (call.a[1] * call.a[1]);
 }
 
-double fnRser(FunctionCall &)
+double fnPrtoi(FunctionCall &call)
 {
-    return {};
+    return std::sqrt(call.a[0] / call.a[1]);
 }
 
-double fnCpar(FunctionCall &)
+double fnPrtoe(FunctionCall &call)
 {
-    return {};
+    return std::sqrt(call.a[0] * call.a[1]);
 }
 
-double fnLpar(FunctionCall &)
+// --- Parts in series and in parallel ------------------------------------------------------
+
+double fnLser(FunctionCall &call)
 {
-    return {};
+    return fnSum(call);
 }
 
-double fnRpar(FunctionCall &)
+double fnRser(FunctionCall &call)
 {
-    return {};
+    return fnSum(call);
 }
 
-double fnCser(FunctionCall &)
+double fnCpar(FunctionCall &call)
 {
-    return {};
+    return fnSum(call);
+}
+
+double fnLpar(FunctionCall &call)
+{
+    return inParallel(call);
+}
+
+double fnRpar(FunctionCall &call)
+{
+    return inParallel(call);
+}
+
+double fnCser(FunctionCall &call)
+{
+    return inParallel(call);
 }
