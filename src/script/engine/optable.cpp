@@ -53,9 +53,12 @@ void copyText(char (&field)[kOtText], const char *text)
     std::strncpy(field, text, kOtText - 1);
 }
 
-int compareWords(QStringView word, const char *keyword)
+bool sameWord(QStringView word, const char *keyword)
 {
-    return QtPrivate::compareStrings(word, QLatin1String(keyword));
+    qsizetype i = 0;
+    while (i < word.size() && keyword[i] && word[i].unicode() == uchar(keyword[i]))
+        ++i;
+    return i == word.size() && !keyword[i];
 }
 } // namespace
 
@@ -75,6 +78,7 @@ OtTable::OtTable()
       counts(static_cast<int32_t *>(
           ucalloc(kTableRows, sizeof(int32_t), "exParser operator pCount table")))
 {
+    std::fill(std::begin(slots), std::end(slots), int16_t(-1));
     if (!ready())
         return;
     for (const OtDefinition &definition : kOtDefinitions) {
@@ -88,13 +92,26 @@ OtTable::OtTable()
         copyText(row.otName, className(definition.opClass));
         counts[definition.opCode] = definition.count;
         if (*definition.keyword)
-            order[ordered++] = definition.opCode;
+            addToSlots(definition);
         addToLists(definition);
     }
     addStackFunction();
-    std::sort(order, order + ordered, [this](int32_t a, int32_t b) {
-        return std::strcmp(rows[a].keyword, rows[b].keyword) < 0;
-    });
+}
+
+uint32_t OtTable::slotOf(QStringView word)
+{
+    uint32_t hash = 2166136261u; // FNV-1a, over characters
+    for (const QChar c : word)
+        hash = (hash ^ c.unicode()) * 16777619u;
+    return (hash ^ (hash >> 16)) % kSlots;
+}
+
+void OtTable::addToSlots(const OtDefinition &row)
+{
+    uint32_t slot = slotOf(QString::fromLatin1(row.keyword));
+    while (slots[slot] >= 0)
+        slot = (slot + 1) % kSlots;
+    slots[slot] = int16_t(row.opCode);
 }
 
 OtTable::~OtTable()
@@ -152,10 +169,10 @@ int32_t OtTable::countWord(int opCode) const
 
 int OtTable::lookup(QStringView word) const
 {
-    const int32_t *end = order + ordered;
-    const int32_t *found =
-        std::lower_bound(order, end, word, [this](int32_t code, QStringView wanted) {
-            return compareWords(wanted, rows[code].keyword) > 0;
-        });
-    return found != end && compareWords(word, rows[*found].keyword) == 0 ? *found : int(SO_NOP);
+    if (word.size() >= kOtText)
+        return SO_NOP;
+    for (uint32_t slot = slotOf(word); slots[slot] >= 0; slot = (slot + 1) % kSlots)
+        if (sameWord(word, rows[slots[slot]].keyword))
+            return slots[slot];
+    return SO_NOP;
 }

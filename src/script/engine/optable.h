@@ -135,9 +135,11 @@ public:
 private:
     void addToLists(const OtDefinition &row);
     void addStackFunction();
+    void addToSlots(const OtDefinition &row);
 
     OtRow *rows = nullptr;
     int32_t *counts = nullptr;
-    int32_t order[kOtRows]; ///< rows that have a keyword, sorted by it
-    int ordered = 0;
+    static constexpr uint32_t kSlots = 1024; // a power of two, several times the rows
+    static uint32_t slotOf(QStringView word);
+    int16_t slots[kSlots]; ///< rows by the hash of their keywords, -1 for none
 };
