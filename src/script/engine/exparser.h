@@ -111,7 +111,7 @@ public:
     int32_t testFlag = 0;                   ///< passed on to the statements of user functions
 
     /// Nested user functions run at most so deep.
-    static constexpr int kDeepestNesting = 60;
+    static constexpr int kDeepestNesting = 200;
     int nesting() const { return depth; }
     /// Frees the stacks that nested evaluations left for the next ones.
     void releaseSpares();
