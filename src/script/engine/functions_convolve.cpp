@@ -86,9 +86,9 @@ private:
         const auto run = [&](const auto &sample, uint16_t *words) {
             double sums[kBlock] = {};
             sumBlock(sample, x, y, count, sums);
-            // Weights that cancel out have nothing to divide by: the sum itself is the result.
+            // Weights that cancel out divide by zero: black or white, as the sum's sign has it.
             for (int i = 0; i < count; ++i)
-                words[i] = sampleNumber(usedWeights[i] == 0.0 ? sums[i] : sums[i] / usedWeights[i]);
+                words[i] = sampleNumber(sums[i] / usedWeights[i]);
         };
         if (mode < 1 || mode > 5) {
             run(PlaneSample{source.red}, out->red + at);
