@@ -26,6 +26,17 @@ inline int32_t roundedNumber(double value)
     return wholeNumber(std::round(value));
 }
 
+/// The 64 bits of the nearest whole number, below 0 as the complement of two.
+inline uint64_t wholeBits(double value)
+{
+    const double whole = std::round(value);
+    if (!(whole >= -0x1p63))
+        return whole < 0 ? uint64_t(1) << 63 : 0;
+    if (whole < 0)
+        return uint64_t(int64_t(whole));
+    return whole < 0x1p64 ? uint64_t(whole) : ~uint64_t(0);
+}
+
 /// A sample, without its fraction.
 inline uint16_t sampleNumber(double value)
 {

@@ -7,6 +7,9 @@
 
 class exParser;
 
+/// A text of the language has at most so many characters.
+constexpr int kLongestText = 1 << 24;
+
 /// Types that the string tokeniser gives.
 enum TextTokenType {
     kTextPunctuation = 0,
@@ -18,8 +21,9 @@ enum TextTokenType {
     kTextListed = 10 ///< a word of the caller's list
 };
 
-/// Splits a text expression; both lists are filled to the same length. False for an open quote
-/// or unbalanced parentheses.
+/// Splits a text expression; both lists are filled to the same length, and the tokens together
+/// are the text. False for an open quote, whose token then is the rest of the text, or
+/// unbalanced parentheses.
 bool tokenizeText(const exParser &parser, const QString &text, const QStringList &listed,
                   QStringList *tokens, QList<int> *types);
 
@@ -35,11 +39,21 @@ bool fetchText(const exParser &parser, const QString &name, QString *text);
 /// variable or stands for itself. False for a part that is empty.
 bool textOperand(const exParser &parser, const QString &text, QString *result);
 
-/// Whether the piece is a call of a text function, name(arguments); its value then.
+/// Whether the piece has the form of a call, name(arguments); its value then, empty and with a
+/// warning for a name that is no text function.
 bool callTextFunction(exParser &parser, const QString &piece, QString *result);
+
+/// What an argument of a text function stands for: the inside of quotes, a variable as text, or,
+/// with a warning, itself.
+QString textArgument(exParser &parser, const QString &argument);
 
 /// A text without the quotes around it, if there are any.
 QString unquoted(const QString &text);
 /// What a named parameter stands for: the inside of quotes, the text of a string variable of
 /// that name, or the word itself.
 QString namedParameter(const exParser &parser, const QString &word);
+/// The same of all named parameters of a call. Blanks between them go; a quoted text that was
+/// split at its blanks is one parameter again.
+QStringList namedParameters(const exParser &parser, const QStringList &words);
+/// The named parameters as they are written, but put together as namedParameters does.
+QStringList joinedParameters(const QStringList &words);
