@@ -11,6 +11,14 @@ exParser *firstParser = nullptr;
 
 constexpr int kUnusedDepth = 1024;
 
+/// The colour classes of marks in rich text: 0 for punctuation, 1 for what joins.
+QString coloured(const char *mark, int colourClass)
+{
+    static const char *const colours[] = {"#5c5c5c", "#0b4fa8"};
+    return QStringLiteral("<font color=\"%1\">%2</font>")
+        .arg(QLatin1String(colours[colourClass]), QString::fromLatin1(mark).toHtmlEscaped());
+}
+
 Variable *filled(Variable *record, const QString &texts)
 {
     record->text = record->source = record->spare = texts;
@@ -30,6 +38,8 @@ exParser::exParser() : unused(kUnusedDepth)
     filled(variables.makeNumber(QStringLiteral("void")), QStringLiteral("0"));
     filled(variables.makeText(QStringLiteral("void")), QStringLiteral(" "));
     unused.push(-1);
+    for (const char *mark : {"(", ")", "\"", ",", "+", "~", ":"})
+        marks << coloured(mark, *mark == '+' ? 1 : 0);
     stacks.push_back(std::make_unique<EvaluationStacks>());
 }
 

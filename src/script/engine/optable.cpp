@@ -78,7 +78,7 @@ OtTable::OtTable()
       counts(static_cast<int32_t *>(
           ucalloc(kTableRows, sizeof(int32_t), "exParser operator pCount table")))
 {
-    std::fill(std::begin(slots), std::end(slots), int16_t(-1));
+    std::fill(std::begin(buckets), std::end(buckets), int16_t(-1));
     if (!ready())
         return;
     for (const OtDefinition &definition : kOtDefinitions) {
@@ -92,26 +92,26 @@ OtTable::OtTable()
         copyText(row.otName, className(definition.opClass));
         counts[definition.opCode] = definition.count;
         if (*definition.keyword)
-            addToSlots(definition);
+            addToBuckets(definition);
         addToLists(definition);
     }
     addStackFunction();
 }
 
-uint32_t OtTable::slotOf(QStringView word)
+uint32_t OtTable::bucketOf(QStringView word)
 {
     uint32_t hash = 2166136261u; // FNV-1a, over characters
     for (const QChar c : word)
         hash = (hash ^ c.unicode()) * 16777619u;
-    return (hash ^ (hash >> 16)) % kSlots;
+    return (hash ^ (hash >> 16)) % kBuckets;
 }
 
-void OtTable::addToSlots(const OtDefinition &row)
+void OtTable::addToBuckets(const OtDefinition &row)
 {
-    uint32_t slot = slotOf(QString::fromLatin1(row.keyword));
-    while (slots[slot] >= 0)
-        slot = (slot + 1) % kSlots;
-    slots[slot] = int16_t(row.opCode);
+    uint32_t bucket = bucketOf(QString::fromLatin1(row.keyword));
+    while (buckets[bucket] >= 0)
+        bucket = (bucket + 1) % kBuckets;
+    buckets[bucket] = int16_t(row.opCode);
 }
 
 OtTable::~OtTable()
@@ -171,8 +171,8 @@ int OtTable::lookup(QStringView word) const
 {
     if (word.size() >= kOtText)
         return SO_NOP;
-    for (uint32_t slot = slotOf(word); slots[slot] >= 0; slot = (slot + 1) % kSlots)
-        if (sameWord(word, rows[slots[slot]].keyword))
-            return slots[slot];
+    for (uint32_t bucket = bucketOf(word); buckets[bucket] >= 0; bucket = (bucket + 1) % kBuckets)
+        if (sameWord(word, rows[buckets[bucket]].keyword))
+            return buckets[bucket];
     return SO_NOP;
 }

@@ -135,11 +135,11 @@ public:
 private:
     void addToLists(const OtDefinition &row);
     void addStackFunction();
-    void addToSlots(const OtDefinition &row);
+    void addToBuckets(const OtDefinition &row);
 
     OtRow *rows = nullptr;
     int32_t *counts = nullptr;
-    static constexpr uint32_t kSlots = 1024; // a power of two, several times the rows
-    static uint32_t slotOf(QStringView word);
-    int16_t slots[kSlots]; ///< rows by the hash of their keywords, -1 for none
+    static constexpr uint32_t kBuckets = 1024; // a power of two, several times the rows
+    static uint32_t bucketOf(QStringView word);
+    int16_t buckets[kBuckets]; ///< rows by the hash of their keywords, -1 for none
 };
