@@ -3,6 +3,7 @@
 
 #include "area/blendcurve.h"
 #include "core/image.h"
+#include "core/rows.h"
 #include "core/undo.h"
 #include "core/workspace.h"
 #include "operators/base/opwrapper.h"
@@ -40,6 +41,7 @@ public:
     explicit InUse(image *target) : space(workspace()), work(target)
     {
         if (space) {
+            listed = space->ownsImage(work);
             brush = space->brushImage;
             origin = space->originImage;
         }
@@ -49,7 +51,8 @@ public:
     }
     ~InUse()
     {
-        work->inUse = false;
+        if (stillThere())
+            work->inUse = false;
         if (brush && space->brushImage == brush)
             brush->inUse = false;
         if (origin && space->originImage == origin)
@@ -59,10 +62,13 @@ public:
     InUse &operator=(const InUse &) = delete;
 
     image *brushImage() const { return brush; }
+    /// Whether the image outlived the operator; one that no list holds is its caller's care.
+    bool stillThere() const { return !listed || space->ownsImage(work); }
 
 private:
     Workspace *space;
     image *work;
+    bool listed = false; ///< the workspace knew the image when the operator began
     image *brush = nullptr;
     image *origin = nullptr;
 };
@@ -158,6 +164,8 @@ void OperatorTable::apply(image *target, bool fromWindow)
     if (op->self) {
         const InUse marks(target);
         op->self->apply(target, marks.brushImage());
+        if (!marks.stillThere())
+            return;
     }
     if (fromWindow)
         tellViews(target, master, id != kSample && id != kCenterDefine);
@@ -185,6 +193,25 @@ void OperatorTable::prepareAndApply(image *target, bool fromWindow)
     if (workspace() && workspace()->invertSelection)
         target->invertMask();
     apply(target, fromWindow);
+}
+
+void OperatorTable::mix(image *target, double amount)
+{
+    if (!Workspace::validImage(target) || target->undoList.isEmpty())
+        return;
+    const image *before = target->undoList.last();
+    if (before->width != target->width || before->height != target->height)
+        return;
+    const double now = std::clamp(amount, 0.0, 100.0) / 100.0;
+    const double old = 1.0 - now;
+    const auto from = before->colorPlanes(), to = target->colorPlanes();
+    parallelRows(target->height, target->width, [&](int first, int end) {
+        const int64_t start = int64_t(first) * target->width;
+        const int64_t stop = int64_t(end) * target->width;
+        for (size_t plane = 0; plane < to.size(); ++plane)
+            for (int64_t i = start; i < stop; ++i)
+                to[plane][i] = uint16_t(from[plane][i] * old + to[plane][i] * now);
+    });
 }
 
 void OperatorTable::settings(bool save)

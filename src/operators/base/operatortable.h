@@ -34,6 +34,11 @@ public:
     /// Shapes the mask by the blend curve, inverts it if that is set, then applies.
     void prepareAndApply(image *target, bool fromWindow);
 
+    /// Mixes the picture before the present act, which is the newest undo entry, with the
+    /// present one: `amount` per cent of the present samples, in all four colour planes and
+    /// regardless of the selection. Nothing without an entry of the same size.
+    void mix(image *target, double amount);
+
     /// Whether an operator may work on a master's own pixels or fields.
     static bool allowedOnMaster(int id);
     /// Whether Apply records undo for this operator.

@@ -4,6 +4,7 @@
 #include "operators/adjustment/negative.h"
 #include "operators/base/operatortable.h"
 #include "operators/filter/exposure.h"
+#include "script/run/script.h"
 
 #include <new>
 
@@ -23,4 +24,5 @@ void addAllOperators(OperatorTable *table)
 {
     addRow<Exposure>(table, 29, kGroupFilter, "exposure", "Exposure", "opexposure.html");
     addRow<Negative>(table, 62, kGroupAdjustment, "negative", "Negative", "opnegative.html");
+    addRow<Script>(table, 82, kGroupMacros, "script", "Script", "opscript.html");
 }

@@ -8,11 +8,11 @@
 struct ScriptReport {
     enum class Kind { Plain, Error, Warning };
     Kind kind = Kind::Plain;
-    QString rich;  ///< marked up, with the step before it: what the debug window appends
-    QString plain; ///< the message alone, without mark-up
-    int statement = -1;   ///< index among all statements of the run, presets first
+    QString rich;       ///< marked up, with the step before it: what the debug window appends
+    QString plain;      ///< the message alone, without mark-up
+    int statement = -1; ///< index among all statements of the run, presets first
     bool inPresets = false;
-    int line = 0;         ///< of the script or the presets, from 1; 0 if it is not known
+    int line = 0; ///< of the script or the presets, from 1; 0 if it is not known
 };
 
 /// Where the messages of the language go.
@@ -21,6 +21,15 @@ class ScriptLog
 public:
     virtual ~ScriptLog() = default;
     virtual void scriptReport(const ScriptReport &report) = 0;
+    /// A word of a statement that nothing took: mistyped, most likely. `nearest` is the known
+    /// word most like it, empty if none is. At most once for each word of a statement.
+    virtual void scriptHint(int statement, int line, const QString &word, const QString &nearest)
+    {
+        (void)statement;
+        (void)line;
+        (void)word;
+        (void)nearest;
+    }
 };
 
 /// What runs the statements of a user function.
@@ -35,4 +44,6 @@ public:
                               int testFlag) = 0;
     /// False once the run is to stop.
     virtual bool keepRunning() const = 0;
+    /// False while nobody is to be asked, as in a preview: dialogs answer with their presets.
+    virtual bool mayAsk() const { return true; }
 };

@@ -7,14 +7,18 @@
 
 /// One statement of a script and where it stands.
 struct ScriptStatement {
-    QString text;      ///< with "::" made a literal colon
-    int line = 1;      ///< of the text that was split, from 1
+    QString text;       ///< with "::" made a literal colon
+    int line = 1;       ///< of the text that was split, from 1
     bool isCode = true; ///< neither empty nor a comment
 };
 
 /// Splits script text at newlines and colons, dropping empty pieces; "::" is a literal colon.
+/// Lines may end as on any system.
 QList<ScriptStatement> splitStatements(const QString &text);
 /// A statement split at blanks, without empty pieces.
 QStringList statementTokens(const QString &statement);
-/// How many statements a preset text counts for, for step numbers.
+/// How many statements a preset text counts for, for step numbers: comments and blank pieces
+/// too, but not empty lines.
 int countPresetStatements(const QString &presets);
+/// A text without the blanks that stand outside of quotes.
+QString withoutBlanks(const QString &text);
