@@ -130,6 +130,8 @@ double exParser::evaluate(ExpressionProgram *program, bool *ok)
         done = program->balanced && !program->tokens.empty() && depth <= kDeepestNesting;
         if (done)
             value = runProgram(program, &done);
+        else
+            leftWords.clear();
     } else {
         leftWords.clear();
     }
