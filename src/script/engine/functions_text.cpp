@@ -118,7 +118,9 @@ QString fnAsk(TextCall &call)
     QString texts[3]; // title, prompt, preset
     for (int i = 0; i < 3 && i < call.raw.size(); ++i)
         texts[i] = textArgument(call.parser, call.raw.at(i));
-    const bool accepted = !workspace() || workspace()->askText(texts[0], texts[1], &texts[2]);
+    const bool mayAsk = !call.parser.dispatcher || call.parser.dispatcher->mayAsk();
+    const bool accepted =
+        !mayAsk || !workspace() || workspace()->askText(texts[0], texts[1], &texts[2]);
     return accepted ? texts[2] : QStringLiteral(" ");
 }
 
@@ -139,7 +141,7 @@ double fnTwidth(FunctionCall &call)
     if (!fetchText(parser, QStringLiteral("m_font"), &family))
         return missing(QStringLiteral("m_font"));
     bool found = false;
-    const int points = wholeNumber(parser.getNumber(QStringLiteral("m_fontpoints"), &found));
+    const int points = roundedNumber(parser.getNumber(QStringLiteral("m_fontpoints"), &found));
     if (!found)
         return missing(QStringLiteral("m_fontpoints"));
     if (family.isEmpty() || points <= 0 || points > kMostFontPoints || text->text.isEmpty())
