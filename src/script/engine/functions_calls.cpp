@@ -189,6 +189,8 @@ double fnSlider(FunctionCall &call)
         return call.parser.badParameters(call.opCode, 34);
     const auto [low, high] = std::minmax({roundedNumber(call.a[0]), roundedNumber(call.a[1])});
     int value = std::clamp(roundedNumber(call.a[2]), low, high);
+    if (call.parser.dispatcher && !call.parser.dispatcher->mayAsk())
+        return value;
     const QString title = namedParameter(call.parser, call.names[0]);
     const QString label = namedParameter(call.parser, call.names[1]);
     return workspace() && workspace()->askSlider(title, label, low, high, &value) ? value : 0;

@@ -56,10 +56,12 @@ void setMeasures(exParser *parser, const TextMetrics &metrics, double scale)
 }
 
 /// The text of a verb's parameter, which may stand in quotes.
-QString operandText(const exParser &parser, const QString &written)
+bool operandText(const exParser &parser, const QString &written, QString *text)
 {
-    QString text;
-    return textOperand(parser, written, &text) ? unquoted(text) : QString();
+    if (!textOperand(parser, written, text))
+        return false;
+    *text = unquoted(*text);
+    return true;
 }
 } // namespace
 
@@ -68,16 +70,18 @@ bool ScriptRunner::textVerb(const QStringList &tokens)
 {
     int x = 0, y = 0;
     double scale = 0;
+    QString text, family;
     if (!intParam(tokens[2], -kFurthestPlace, kFurthestPlace, &x) ||
         !intParam(tokens[3], -kFurthestPlace, kFurthestPlace, &y) ||
-        !doubleParam(tokens[4], kSmallestScale, kLargestScale, &scale) || !target)
+        !doubleParam(tokens[4], kSmallestScale, kLargestScale, &scale) ||
+        !operandText(*parser, tokens.mid(5).join(QLatin1Char(' ')), &text) ||
+        !operandText(*parser, tokens[1], &family) || !target)
         return false;
-    const QString text = operandText(*parser, tokens.mid(5).join(QLatin1Char(' ')));
     if (text.isEmpty())
         return true;
     const double points = parser->numberOr(QStringLiteral("m_fontpoints"), kUsualPoints);
     TextStyle style;
-    style.family = knownFamily(operandText(*parser, tokens[1]));
+    style.family = knownFamily(family);
     style.pixels = points >= kLeastPoints && points <= kMostPoints ? points : kUsualPoints;
     style.antialias = !workspace() || workspace()->textaa;
     TextMetrics metrics = {};
