@@ -45,7 +45,7 @@ public:
     bool running = true;
 };
 
-class SliderSpace : public RecordingWorkspace
+class AskedSpace : public RecordingWorkspace
 {
 public:
     bool askSlider(const QString &title, const QString &label, int low, int high,
@@ -55,8 +55,15 @@ public:
         *value = 42;
         return accepted;
     }
+    void progress(const QString &text, int64_t, int64_t total) override
+    {
+        looks += total > 0;
+        ended = text.isEmpty();
+    }
+    bool cancelRequested() override { return looks >= patience; }
     QString asked;
-    bool accepted = true;
+    bool accepted = true, ended = false;
+    int looks = 0, patience = 1000;
 };
 } // namespace
 
@@ -118,7 +125,7 @@ protected:
         }
     }
 
-    SliderSpace space;
+    AskedSpace space;
     exParser parser;
     Dispatcher dispatcher{&parser};
     QStringList said;
@@ -402,5 +409,25 @@ TEST_F(Functions, AMatrixEqualsTheSlowSum)
         call("convolve", {double(one.side)}, {"M"}); // the source is gone
         EXPECT_TRUE(samePlanes(*img, *expected));
         EXPECT_TRUE(heard().endsWith("(tag 13)"));
+    }
+}
+
+TEST_F(Functions, ALargeMatrixCanBeCancelled)
+{
+    ScriptArray *array = parser.arrays.create("m");
+    array->rows = array->cols = 1001;
+    array->values.resize(1001 * 1001, 1.0);
+    for (const int patience : {1000, 2}) {
+        const ImagePtr img = plainImage(60, 60, 2000, 2000, 2000);
+        img->fillGmask(65535);
+        saveUndo(img.get(), true);
+        img->fill(7, 7, 7, 7);
+        parser.images = {img.get(), nullptr, img->undoList.last()};
+        space.looks = 0;
+        space.patience = patience;
+        call("convolve", {1001}, {"m"});
+        EXPECT_TRUE(space.ended);
+        EXPECT_EQ(img->red[0], 2000);
+        EXPECT_EQ(img->blue[3599], patience == 2 ? 7 : 2000);
     }
 }
