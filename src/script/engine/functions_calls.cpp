@@ -41,7 +41,7 @@ QStringList functionStatements(const QString &text)
 bool runStatements(exParser &parser, const QString &name, const QStringList &statements)
 {
     for (int index = 0; index < statements.size() && parser.dispatcher->keepRunning(); ++index) {
-        const QString statement = statements[index];
+        const QString &statement = statements[index];
         const QStringList tokens = statement.split(QLatin1Char(' '), Qt::SkipEmptyParts);
         if (tokens.isEmpty() || tokens[0].startsWith(QLatin1Char('#')))
             continue;
