@@ -198,21 +198,41 @@ void ScriptRunner::assignNumber(PreparedStatement *statement)
             QStringLiteral("can't assign string with \"=\": G%1=%2EG").arg(left, statement->right));
         return;
     }
-    if (statement->severalParts)
+    Variable *assigned = statement->plainName ? assignPlain(statement) : nullptr;
+    if (!statement->plainName) {
         parser->setNumbers(left, statement->right);
-    else
-        parser->setNumber(left, &statement->program);
+        assigned = parser->variables.number(left);
+    }
     if (statement->writes)
         markChanged(true);
     hint(statement);
-    const Variable *assigned = parser->variables.number(left);
     if (!assigned)
         parser->report(QStringLiteral("error: %1=%2").arg(left, statement->right));
-    const double value = assigned ? assigned->number() : 0;
     Variable *answer = numberRecord("m_xyzzyplugh", &answerRecord, &answerGeneration);
-    answer->value = value;
+    answer->value = assigned ? assigned->number() : 0;
     answer->type = kVariableDouble;
     answer->source = QString();
+}
+
+/// As exParser::setNumber for a name that is known to be possible, with its record at hand.
+/// Gives the record, null if there is none yet.
+Variable *ScriptRunner::assignPlain(PreparedStatement *statement)
+{
+    bool ok = false;
+    const double value = parser->evaluate(&statement->program, &ok);
+    if (!ok) {
+        parser->report(QStringLiteral("e: %1=%2").arg(statement->left, statement->right));
+        return parser->variables.number(statement->left);
+    }
+    if (statement->recordGeneration != parser->variables.generation()) {
+        statement->record = parser->variables.makeNumber(statement->left.toLower());
+        statement->recordGeneration = parser->variables.generation();
+    }
+    Variable *record = statement->record;
+    record->value = value;
+    record->type = kVariableDouble;
+    record->source = statement->program.text;
+    return record;
 }
 
 bool ScriptRunner::evaluateAlone(PreparedStatement *statement, StatementResult *result)

@@ -3,6 +3,7 @@
 
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
+#include "script/run/hints.h"
 #include "script/run/statements.h"
 #include "script/run/verbs.h"
 
@@ -80,6 +81,16 @@ void prepareControlFlow(PreparedStatement *statement)
     statement->program.text = counts ? statement->right : first;
 }
 
+/// Whether a name can be given any value, without another effect.
+bool isFreeName(const QString &name)
+{
+    bool isNumber = false;
+    name.toDouble(&isNumber); // "inf" is one
+    const QStringList held = {QStringLiteral("true"), QStringLiteral("false"),
+                              QStringLiteral("debug")};
+    return !isNumber && isPlainWord(name) && !held.contains(name, Qt::CaseInsensitive);
+}
+
 void prepareAssignment(PreparedStatement *statement, const QString &text)
 {
     const bool isText = statement->kind == StatementKind::TextAssignment;
@@ -92,7 +103,8 @@ void prepareAssignment(PreparedStatement *statement, const QString &text)
                         statement->right.startsWith(QLatin1Char('"')) &&
                         statement->right.endsWith(QLatin1Char('"'));
     statement->right = withoutBlanks(statement->right);
-    statement->severalParts = statement->right.contains(QLatin1Char(':'));
+    statement->plainName =
+        isFreeName(statement->left) && !statement->right.contains(QLatin1Char(':'));
     statement->program.text = statement->right;
 }
 } // namespace

@@ -36,13 +36,16 @@ struct PreparedStatement {
     QString left, right;              ///< of an assignment; right: the inside of loop, while, if
     ExpressionProgram program;        ///< what is evaluated, if anything is
     bool quoted = false;              ///< the right side stands in quotes
-    bool severalParts = false;        ///< the right side holds a colon
+    bool plainName = false;           ///< assigns one value to a name that any value may have
     bool writes = false;              ///< it may change samples or the selection
     bool hinted = false;              ///< the words that nothing took were told
 
     /// Whether `right` names a string variable, as of this generation of the variables.
     bool rightIsText = false;
     uint64_t generation = 0;
+    /// The variable that is assigned to, as of that generation of the variables.
+    Variable *record = nullptr;
+    uint64_t recordGeneration = 0;
 };
 
 /// Reads a statement that has at least one token. `table` may be null.

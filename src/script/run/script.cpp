@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "script/run/script.h"
 
+#include "core/workspace.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/oppage.h"
 #include "script/run/scriptrunner.h"
@@ -19,8 +20,11 @@ void Script::reset()
 
 void Script::apply(image *target, image *)
 {
-    if (runner)
-        runner->run(target, presetsOn ? presets : QString(), text);
+    if (!runner)
+        return;
+    const ScriptEnd end = runner->run(target, presetsOn ? presets : QString(), text);
+    if (end == ScriptEnd::Refused && workspace() && !ops->isInternal(target))
+        workspace()->statusText(tr("Another script is running: this one was not started"));
 }
 
 void Script::settings(bool save)

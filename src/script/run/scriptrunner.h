@@ -142,6 +142,7 @@ private:
     bool callVerb(const PreparedStatement &statement, QString *errorText);
     void assignText(const PreparedStatement &statement);
     void assignNumber(PreparedStatement *statement);
+    Variable *assignPlain(PreparedStatement *statement);
     bool evaluateAlone(PreparedStatement *statement, StatementResult *result);
     bool rightIsText(PreparedStatement *statement) const;
     Variable *numberRecord(const char *name, Variable **record, uint64_t *generation);
