@@ -4,58 +4,90 @@
 #include "batch/console.h"
 #include "batch/messages.h"
 #include "batch/options.h"
+#include "batch/scriptmessages.h"
+#include "batch/scripttext.h"
 #include "batch/session.h"
 
 namespace
 {
-/// One image all the way. Nothing is written unless everything before the save went well.
-bool runImage(Session *session, const Options &options, int index, QString *error)
+/// What a run works with beside its images.
+struct Run {
+    Session &session;
+    const Options &options;
+    const ScriptText &script;
+    Messages &messages;
+};
+
+/// Loads the image, chooses its layer and runs the script on it.
+int prepareImage(const Run &run, const QString &input)
 {
-    const QString &input = options.images[index];
-    const bool done = session->load(input, error) &&
-                      (options.layer == 0 || session->chooseLayer(options.layer, error)) &&
-                      (options.output.isEmpty() ||
-                       session->save(outputName(options.output, input, index + 1), error));
-    session->drop();
-    return done;
+    QString error;
+    if (!run.session.load(input, &error) ||
+        (run.options.layer != 0 && !run.session.chooseLayer(run.options.layer, &error))) {
+        run.messages.error(error);
+        return kStatusImageFailed;
+    }
+    if (!run.script.isGiven)
+        return kStatusDone;
+    ScriptMessages log(run.script, &run.messages);
+    run.session.parser()->log = &log;
+    const bool through = run.session.runScript(run.script.text);
+    run.session.parser()->log = nullptr;
+    if (!run.options.strict || (through && !log.failed()))
+        return kStatusDone;
+    run.messages.error(input + QStringLiteral(": its script failed, so it is not saved"));
+    return kStatusScriptFailed;
 }
 
-int runImages(Session *session, const Options &options, Messages *messages)
+/// One image all the way. Nothing is written unless everything before the save went well.
+int runImage(const Run &run, int index)
+{
+    const QString &input = run.options.images[index];
+    int status = prepareImage(run, input);
+    QString error;
+    if (status == kStatusDone && !run.options.output.isEmpty() &&
+        !run.session.save(outputName(run.options.output, input, index + 1), &error)) {
+        run.messages.error(error);
+        status = kStatusImageFailed;
+    }
+    run.session.drop();
+    return status;
+}
+
+int runImages(const Run &run)
 {
     int status = kStatusDone;
-    const int count = int(options.images.size());
+    const int count = int(run.options.images.size());
     for (int i = 0; i < count; ++i) {
         if (count > 1)
-            messages->showProgress(QStringLiteral("%1/%2 ").arg(i + 1).arg(count) +
-                                   options.images[i]);
-        QString error;
-        if (runImage(session, options, i, &error))
-            continue;
-        messages->error(error);
-        status = kStatusImageFailed;
-        if (!options.keepGoing)
+            run.messages.showProgress(QStringLiteral("%1/%2 ").arg(i + 1).arg(count) +
+                                      run.options.images[i]);
+        const int one = runImage(run, i);
+        // A picture that is missing or was not written outweighs a script's error.
+        if (status != kStatusImageFailed && one != kStatusDone)
+            status = one;
+        if (one != kStatusDone && !run.options.keepGoing)
             break;
     }
     return status;
 }
 
-int runConsole(Session *session, const Options &options, const Streams &streams, Messages *messages)
+int runConsole(const Run &run, const Streams &streams)
 {
-    QString error;
-    if (!options.images.isEmpty() &&
-        (!session->load(options.images.first(), &error) ||
-         (options.layer != 0 && !session->chooseLayer(options.layer, &error)))) {
-        messages->error(error);
-        return kStatusImageFailed;
+    if (!run.options.images.isEmpty()) {
+        const int status = prepareImage(run, run.options.images.first());
+        if (status != kStatusDone)
+            return status;
     }
-    if (options.images.size() > 1)
-        messages->notice(QStringLiteral("the console works on the first image alone"));
-    Console console(session, streams);
+    if (run.options.images.size() > 1)
+        run.messages.notice(QStringLiteral("the console works on the first image alone"));
+    Console console(&run.session, &run.messages, streams);
     console.run();
     return kStatusDone;
 }
 
-int run(const Options &options, const Streams &streams, Messages *messages)
+int runSession(const Options &options, const ScriptText &script, const Streams &streams,
+               Messages *messages)
 {
     Session session(messages);
     QString error;
@@ -70,8 +102,8 @@ int run(const Options &options, const Streams &streams, Messages *messages)
         messages->error(error);
         return kStatusImageFailed;
     }
-    return options.interactive ? runConsole(&session, options, streams, messages)
-                               : runImages(&session, options, messages);
+    const Run run{session, options, script, *messages};
+    return options.interactive ? runConsole(run, streams) : runImages(run);
 }
 } // namespace
 
@@ -92,5 +124,10 @@ int runTool(const QStringList &arguments, const Streams &streams)
         writeLine(streams.out, QStringLiteral("kestrane-batch " KESTRANE_VERSION));
         return kStatusDone;
     }
-    return run(options, streams, &messages);
+    ScriptText script;
+    if (!readScript(options, &script, &error)) {
+        messages.error(error);
+        return kStatusWrongUsage;
+    }
+    return runSession(options, script, streams, &messages);
 }

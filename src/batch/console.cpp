@@ -38,26 +38,6 @@ QStringList words(const QString &text)
     return text.split(blanks, Qt::SkipEmptyParts);
 }
 
-/// A line holds as many statements as wanted, separated by ":"; "::" is a literal colon.
-QStringList statements(const QString &line)
-{
-    QStringList result;
-    QString part;
-    for (int i = 0; i <= line.size(); ++i) {
-        const bool colon = i < line.size() && line[i] == QLatin1Char(':');
-        if (i < line.size() && !colon) {
-            part += line[i];
-        } else if (colon && i + 1 < line.size() && line[i + 1] == QLatin1Char(':')) {
-            part += QLatin1Char(':');
-            ++i;
-        } else {
-            result += part;
-            part.clear();
-        }
-    }
-    return result;
-}
-
 bool readNumber(const QString &text, int low, int high, int *value)
 {
     bool ok = false;
@@ -74,11 +54,11 @@ void touched(image *img)
 } // namespace
 
 const Console::Command Console::kCommands[] = {
-    {".text", "EXPR", 1, -1, false, &Console::needsLanguage},
-    {".value", "EXPR", 1, -1, false, &Console::needsLanguage},
-    {".tokens", "EXPR", 1, -1, false, &Console::needsLanguage},
-    {".vars", "", 0, 0, false, &Console::needsLanguage},
-    {".rich", "on|off", 1, 1, false, &Console::needsLanguage},
+    {".text", "EXPR", 1, -1, false, &Console::text},
+    {".value", "EXPR", 1, -1, false, &Console::value},
+    {".tokens", "EXPR", 1, -1, false, &Console::tokens},
+    {".vars", "", 0, 0, false, &Console::variables},
+    {".rich", "on|off", 1, 1, false, &Console::rich},
     {".layers", "", 0, 0, true, &Console::listLayers},
     {".layer", "N", 1, 1, true, &Console::chooseLayer},
     {".compose", "", 0, 0, true, &Console::composeStack},
@@ -109,23 +89,28 @@ const Console::Command Console::kCommands[] = {
     {".quit", "", 0, 0, false, &Console::quit},
 };
 
-Console::Console(Session *work, const Streams &where)
-    : session(work), streams(where), editor(where.out, QStringLiteral("> "))
+Console::Console(Session *work, Messages *sink, const Streams &where)
+    : session(work), messages(sink), streams(where), editor(where.out, QStringLiteral("> "))
 {
 }
 
 void Console::run()
 {
+    session->parser()->log = this;
+    session->scripts()->begin(session->current());
     QString line;
     while (running && streams.out) {
         const Reading reading = streams.inIsTerminal ? readTerminal(&line) : readLine(&line);
         if (reading == Reading::End)
             break;
+        ++lineNumber;
         if (reading == Reading::TooLong)
             answer(QStringLiteral("failed: the line is too long"));
         else
             answerLine(line);
     }
+    session->scripts()->end();
+    session->parser()->log = nullptr;
 }
 
 Console::Reading Console::readTerminal(QString *line)
@@ -176,12 +161,10 @@ void Console::answerLine(const QString &line)
     if (line.size() > 1 && line[0] == QLatin1Char('.') && line[1].isLetter()) {
         if (!runCommand(line))
             answer(QStringLiteral("failed: ") + singleLine(failure));
+        targetIsOld = true;
         return;
     }
-    const QStringList parts = statements(line);
-    for (const QString &statement : parts)
-        if (!runStatement(statement))
-            answer(QStringLiteral("failed: ") + singleLine(failure));
+    runScriptLine(line);
 }
 
 bool Console::runCommand(const QString &line)
@@ -202,27 +185,6 @@ bool Console::runCommand(const QString &line)
         return (this->*command.act)(arguments.mid(1));
     }
     return fail(QStringLiteral("unknown command ") + quoted(name));
-}
-
-bool Console::runStatement(const QString &statement)
-{
-    QStringList tokens = words(statement);
-    if (tokens.isEmpty() || statement.startsWith(QLatin1Char('#')))
-        return true;
-    OpWrapper *op = session->operators()->byScriptName(tokens.takeFirst());
-    if (!op)
-        return needsLanguage(tokens);
-    image *target = session->current();
-    if (!target)
-        return fail(QStringLiteral("no image"));
-    QString usage;
-    const int result = op->scriptCall(int(tokens.size()), &tokens, target, &usage);
-    if (result < 0)
-        return fail(op->scriptName + QStringLiteral(" is not for scripts"));
-    if (result == 0)
-        return fail(usage);
-    touched(target);
-    return true;
 }
 
 bool Console::readWhole(const QString &text, const char *what, int low, int high, int *value)
@@ -415,11 +377,6 @@ bool Console::quit(const QStringList &)
 {
     running = false;
     return true;
-}
-
-bool Console::needsLanguage(const QStringList &)
-{
-    return fail(QStringLiteral("the script language is not available in this version"));
 }
 
 bool Console::listLayers(const QStringList &)

@@ -3,20 +3,26 @@
 
 #include "batch/batch.h"
 #include "batch/lineeditor.h"
+#include "script/engine/scripthost.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
+class Messages;
 class Session;
 class image;
 struct AreaPoint;
+struct StatementResult;
 
 /// The console of --interactive: reads commands and statements line by line and answers
-/// each in order, flushed after every line.
-class Console
+/// each in order, flushed after every line. The statements of all lines are one run of the
+/// language. Beside the answers, the messages tell the input line of what went wrong.
+class Console : private ScriptLog
 {
 public:
-    Console(Session *session, const Streams &streams);
+    Console(Session *session, Messages *messages, const Streams &streams);
 
     /// Runs until .quit or the end of the input.
     void run();
@@ -40,7 +46,23 @@ private:
 
     void answerLine(const QString &line);
     bool runCommand(const QString &line);
-    bool runStatement(const QString &statement);
+
+    // In console_script.cpp
+    using Answer = std::function<void(const StatementResult &)>;
+    void runStatements(const QString &statements, const Answer &answerTo);
+    void runScriptLine(const QString &line);
+    /// Does something with an expression as if it stood in a statement.
+    bool lookWithin(const std::function<bool()> &look);
+    void answerStatement(const StatementResult &result);
+    void scriptReport(const ScriptReport &report) override;
+    void scriptHint(int statement, int line, const QString &word, const QString &nearest) override;
+    /// Beside an answer, where the input is read by a program: the line it belongs to.
+    QString place() const;
+    bool text(const QStringList &arguments);
+    bool value(const QStringList &arguments);
+    bool tokens(const QStringList &arguments);
+    bool variables(const QStringList &arguments);
+    bool rich(const QStringList &arguments);
 
     bool pixel(const QStringList &arguments);
     bool size(const QStringList &arguments);
@@ -59,7 +81,6 @@ private:
     bool redoStep(const QStringList &arguments);
     bool memory(const QStringList &arguments);
     bool quit(const QStringList &arguments);
-    bool needsLanguage(const QStringList &arguments);
     bool listLayers(const QStringList &arguments);
     bool chooseLayer(const QStringList &arguments);
     bool composeStack(const QStringList &arguments);
@@ -88,9 +109,13 @@ private:
     bool readSamples(const QStringList &arguments, int first, uint16_t *samples);
 
     Session *session;
+    Messages *messages;
     Streams streams;
     LineEditor editor;
     QString failure;
     QString rest; ///< the arguments of the present command as one text
     bool running = true;
+    bool richReports = false;
+    bool targetIsOld = false; ///< a command may have changed the images of the run
+    int lineNumber = 0;       ///< of the input, from 1
 };

@@ -3,7 +3,7 @@
 
 QString helpText()
 {
-    return QStringLiteral(R"(Usage: kestrane-batch [options] [--] IMAGE...
+    return QStringLiteral(R"help(Usage: kestrane-batch [options] [--] IMAGE...
 
 Loads images, works on them as the editor does, and saves the results, without a window.
 
@@ -18,6 +18,13 @@ Results
       --depth 32|64     bits a pixel of a .rgba result (64)
       --quality 1..100  quality of a JPEG result
 
+Script
+  -s, --script FILE     run this script, a text file in UTF-8, on each image
+  -e, --execute TEXT    run this script text on each image; may be repeated: the texts
+                        are lines that follow --script
+      --strict          an image whose script reports an error, or does not come to its
+                        end, is not saved and fails the run
+
 What is worked with
       --layer N         of a layered picture, the layer to work on, counted from the top
                         from 1; without it the master
@@ -29,16 +36,20 @@ What is worked with
 
 The run
       --keep-going      go on with the next image after a failure
-      --strict          a script error also makes the run fail
-  -i, --interactive     read commands from standard input, on the image if one is given
+  -i, --interactive     read commands from standard input, on the image if one is given,
+                        after its script
       --version         print the version
       --help            print this text
 
 Not available in this version
-  -s, --script FILE     -e, --execute TEXT
       --gerber DIR      --gerber-set KEY=VALUE
 
 Commands of -i, each answered on standard output
+  .text EXPR            the value of a text expression
+  .value EXPR           a number as the language writes it into a text
+  .tokens EXPR          one line a token: its text, its operator code and name
+  .vars                 every variable
+  .rich on|off          reports of the language with their mark-up, after "rich: "
   .load IMAGE           load and make it the current image
   .save PATH            save it, as --output does
   .size                 W H
@@ -70,11 +81,14 @@ Commands of -i, each answered on standard output
   .undo, .redo          one step; answers "nothing" if there was none
   .memory               the memory report with details
   .quit                 end
-A line that names an operator, such as "exposure 25 0", runs it under the mask as it
-stands, without an undo record. What cannot be done answers "failed:" and why.
+Other lines are script text: "hypo(3,4)" answers its value, "x=5" assigns, "exposure 25 0"
+runs an operator under the mask as it stands, without an undo record. Variables, arrays
+and open "if" and "loop" stay from line to line; a loop that is to repeat stands on one
+line, its statements parted by ":". Reports of the language come first, as "error: " and
+"warning: ". What cannot be done answers "failed: " and why.
 
 Messages go to standard error as "error: ", "warning: " and "notice: " lines.
-Exit status: 0 all well, 1 an image could not be loaded or saved, 2 wrong usage,
-3 a script reported an error under --strict.
-)");
+Those of a script name its line. Exit status: 0 all well, 1 an image could not be loaded
+or saved, 2 wrong usage, 3 a script failed under --strict (1 if both happened).
+)help");
 }

@@ -94,9 +94,20 @@ QString storeOutput(Options *options, const QString &value)
     return storeText(&options->output, value);
 }
 
+QString storeScript(Options *options, const QString &value)
+{
+    return storeText(&options->script, value);
+}
+
+QString storeExecute(Options *options, const QString &value)
+{
+    options->execute.append(value);
+    return {};
+}
+
 const OptionRow kOptions[] = {
-    {'s', "script", true, nullptr},
-    {'e', "execute", true, nullptr},
+    {'s', "script", true, storeScript},
+    {'e', "execute", true, storeExecute},
     {'o', "output", true, storeOutput},
     {0, "origin", true, storeImageOption<&Options::origin>},
     {0, "brush", true, storeImageOption<&Options::brush>},
@@ -183,7 +194,9 @@ QString checkTogether(const Options &options)
 {
     if (options.interactive && !options.output.isEmpty())
         return QStringLiteral("--output does not go with --interactive, which has .save");
-    if (!options.interactive && options.images.isEmpty())
+    const bool needsImage =
+        !options.interactive || !options.script.isEmpty() || !options.execute.isEmpty();
+    if (needsImage && options.images.isEmpty())
         return QStringLiteral("no image is given");
     return {};
 }

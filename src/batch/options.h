@@ -10,12 +10,15 @@
 constexpr int kStatusDone = 0;
 constexpr int kStatusImageFailed = 1;
 constexpr int kStatusWrongUsage = 2;
+constexpr int kStatusScriptFailed = 3; ///< under --strict
 
 /// What the command line asks for.
 struct Options {
     QStringList images;
     QString output; ///< pattern of the result names, empty: nothing is saved
     QString origin, brush;
+    QString script;                          ///< file of the script, empty: none
+    QStringList execute;                     ///< script texts that follow it
     QList<QPair<QString, QString>> settings; ///< of --set, in their order
     int rgbaDepth = 0;                       ///< 0: the setting's own value, 64
     int quality = 0;                         ///< 0: the setting's own value

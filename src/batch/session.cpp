@@ -3,9 +3,11 @@
 
 #include "batch/messages.h"
 #include "core/compose.h"
+#include "core/undo.h"
 #include "formats/load.h"
 #include "formats/save.h"
 #include "operators/table/allops.h"
+#include "script/run/script.h"
 
 #include <QFileInfo>
 #include <QSettings>
@@ -27,7 +29,14 @@ QString readFailure(const QString &path, const QString &said)
     return said.isEmpty() ? QStringLiteral("not a picture that can be read") : said;
 }
 
+constexpr int kScriptOperator = 82;
+
 const QString kNotLayered = QStringLiteral("not a layered picture");
+
+Script *scriptOperator(const OperatorTable &table)
+{
+    return dynamic_cast<Script *>(table.byId(kScriptOperator));
+}
 
 QString writeFailure(const QString &path, const QString &said)
 {
@@ -42,15 +51,19 @@ QString writeFailure(const QString &path, const QString &said)
 }
 } // namespace
 
-Session::Session(Messages *sink) : messages(sink), space(sink)
+Session::Session(Messages *sink) : messages(sink), space(sink), runner(&language, &table)
 {
     table.blending = &blending;
+    language.blending = &blending;
     addAllOperators(&table);
+    if (Script *script = scriptOperator(table))
+        script->runner = &runner;
 }
 
 Session::~Session()
 {
-    for (image **held : {&currentImage, &originImage, &brushImage})
+    drop();
+    for (image **held : {&originImage, &brushImage})
         end(held);
 }
 
@@ -177,10 +190,36 @@ bool Session::composeCurrent(QString *error)
     return true;
 }
 
+bool Session::runScript(const QString &text)
+{
+    image *target = current();
+    Script *script = scriptOperator(table);
+    if (!target || !script)
+        return false;
+    script->text = text;
+    if (target->kind != 1) {
+        table.currentOp = kScriptOperator;
+        table.prepareAndApply(target, true);
+    } else {
+        // Apply leaves a master alone, whose samples are composed of its layers. A script may
+        // do more than change samples: it selects, calculates, reads and names.
+        beginAct(target);
+        target->changed = true;
+        runner.run(target, script->presetsOn ? script->presets : QString(), text);
+        target->stampModification();
+    }
+    return runner.lastEnd() == ScriptEnd::Done && runner.failedStatements() == 0;
+}
+
 void Session::drop()
 {
     currentLayer = nullptr;
     end(&currentImage);
+    // What a script loaded or assigned for this image is none of the next one's.
+    space.assignOrigin(originImage);
+    for (image *loaded : QList<image *>(space.images))
+        if (loaded != originImage && loaded != brushImage)
+            end(&loaded);
 }
 
 bool Session::save(const QString &path, QString *error)

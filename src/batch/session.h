@@ -6,6 +6,8 @@
 #include "batch/options.h"
 #include "operators/base/operatortable.h"
 #include "operators/pipeline/colorblending.h"
+#include "script/engine/exparser.h"
+#include "script/run/scriptrunner.h"
 
 class Messages;
 
@@ -48,8 +50,14 @@ public:
     bool assignOrigin(const QString &input, QString *error);
     bool assignBrush(const QString &input, QString *error);
 
+    /// Runs a whole script on the current image as the Apply button does. What it reports
+    /// goes to the parser's log. False if a statement failed or not all were reached.
+    bool runScript(const QString &text);
+
     Workspace *workspace() { return &space; }
     OperatorTable *operators() { return &table; }
+    exParser *parser() { return &language; }
+    ScriptRunner *scripts() { return &runner; }
 
 private:
     image *read(const QString &input, QString *error);
@@ -61,6 +69,8 @@ private:
     AreaState area;       ///< which the area commands find by areaState()
     colorblending blending;
     OperatorTable table;
+    exParser language;
+    ScriptRunner runner;
     image *currentImage = nullptr; ///< owned: an atomic image or a master
     image *currentLayer = nullptr; ///< one of its layers, or null
     QString inputName;

@@ -34,11 +34,10 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
         {"InvertedSelection", "new:1x1", ".set invertSelection 1\n.apply negative\n.pixel 0 0\n",
          "28672 28672 28672 65535 65535\n"},
         {"AStatementMakesNoRecord", "new:1x1",
-         ".mask 0 0 65535\nexposure -50+0 0:negative # 1\nexposure 0 5 : ::\n.pixel 0 0\n"
+         ".mask 0 0 65535\nexposure -50+0 0:negative # 1\nexposure 0 5 : :#x=1/0\n.pixel 0 0\n"
          ".undo\n.scriptline exposure\n",
          "failed: negative has no parameters\n"
          "failed: exposure [Amount=-100...100] [Mode=0...1]\n"
-         "failed: the script language is not available in this version\n"
          "18431 18431 18431 65535 65535\nnothing\nexposure -50 0\n"},
         {"CommentsAndBlankLines", "", "\n   \n#x=1\n: :\r\n", ""},
         {"AFailedApplyChangesNothing", "new:1x1",
@@ -63,7 +62,7 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
         {"WithoutAnImage", "",
          ".size\n.apply negative\nnegative\n.undo\n.save x.png\n.load new:4x3\n.size\n"
          ".load new:0x3\n.size\n",
-         "failed: no image\nfailed: no image\nfailed: no image\nfailed: no image\n"
+         "failed: no image\nfailed: no image\nfailed: there is no image\nfailed: no image\n"
          "failed: no image\n4 3\n"
          "failed: new:0x3: a new image is new:WxH, each side from 1 to 32767\n4 3\n"},
         {"Assignments", "new:1x1",
@@ -71,11 +70,9 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
          "failed: new:0x0: a new image is new:WxH, each side from 1 to 32767\n"},
         {"Settings", "", ".set nope 1\n.set tMode\n.set mainAuthor A  B\n.set blendMode 10\n",
          "failed: unknown setting \"nope\"\nfailed: \"\" is no value of tMode (0 to 3)\n"},
-        {"WhatIsNotThereYet", "new:1x1", ".vars\n.layers\n.layer 0\n.compose\nx=1\n",
-         "failed: the script language is not available in this version\n"
+        {"NoLayers", "new:1x1", ".layers\n.layer 0\n.compose\n",
          "failed: not a layered picture\nfailed: new:1x1: not a layered picture\n"
-         "failed: not a layered picture\n"
-         "failed: the script language is not available in this version\n"},
+         "failed: not a layered picture\n"},
         {"QuitEndsBeforeTheRest", "new:1x1", ".quit\n.size\n", ""},
         {"LastLineWithoutItsEnd", "new:1x1", ".size", "1 1\n"}};
     for (const auto &session : sessions) {
@@ -84,9 +81,85 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
         const ToolRun run = runInProcess(QStringList{"-i"} + images, session.input);
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(run.out, session.output);
-        EXPECT_EQ(run.messages, "");
         EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
     }
+}
+
+TEST(Console, StatementsAreOneRunOfTheLanguage)
+{
+    struct {
+        const char *fault, *image, *input, *output;
+    } const sessions[] = {
+        {"Values", "", "1+2*3\n1/3\nhypo(3,4)*2\n2 * (1 + 2)\n\"text\"\n",
+         "9\n0.33333333333333331\n10\n6\n0\n"},
+        {"SilentStatements", "", "x=2:t~\"a\"\nx = 3 : x\ntestscripting\n", "3\n"},
+        {"ReportsStandBeforeTheirAnswer", "", "1/0:2\npop()\nz=5%0\ndebug=0\n1/0\n",
+         "error: Division by zero\n0\n2\nwarning: user stack is empty\n0\n"
+         "error: Can't mod by zero\n0\n"},
+        {"Rich", "", "x=1\n.rich on\n5%0\n.rich off\n.rich maybe\n5/0\n",
+         "rich: <b>Script</b> step 2: <font color=\"#ff0000\">error:</font> "
+         "<font color=\"#0000FF\">an't mod by zero\n0\n"
+         "failed: usage: .rich on|off\nerror: Division by zero\n0\n"},
+        {"StateStaysFromLineToLine", "",
+         "array(a,1,2)\nappend(a,5)\nvalue(a,2)\npush(7)\nif(1<0)\nx=1\nelse\nx=2\nendif\n"
+         "x+pop()\nn=0:loop(3):n=n+1:while()\nn\n",
+         "2\n3\n5\n0\n9\n3\n"},
+        {"Looks", "",
+         "w=12345.5\nname~\"a b\"\n.value w\n.value 1+\n.value (1\n.text name+\" \"+w\n"
+         ".text name+,\n.tokens 2*-x1\n",
+         "12,345.5\n1\nfailed: no value\na b 12,345.5\nwarning: not parsed: \",\"\na b,\n"
+         "\"2\" 76 SO_DUB\n\"*\" 136 SO_MUL\n\"-\" 140 SO_NEGATE2\n\"x1\" 141 SO_NOP\n"},
+        {"VariablesFollowTheImage", "new:7x5",
+         "m_width\n.load new:3x2\nm_width*10+m_height\nm_origin\n.origin new:9x9\nm_owidth\n"
+         ".origin\nm_owidth\n",
+         "7\n32\n0\n9\n0\n"},
+        {"PixelsAndOperators", "new:4x4",
+         "rect 0 0 1 3\nexposure -100 0\nwritep(3,3,1,2,3)\nreadch(0,0,1)\n.pixel 2 0\n"
+         "entire\nwritep(3,3,1,2,3)\n.pixel 3 3\n.undo\n",
+         "1\n0\n36863 36863 36863 65535 0\n1\n1 2 3 65535 65535\nnothing\n"},
+        {"KernelsReadTheSnapshot", "new:3x3",
+         "array(k,1,1,1,1,1,1,1,1,1):dim(k,3,3):entire\n.poke 1 1 0 0 0 65535\n.snapshot\n"
+         "convolve(k,3)\nreadch(1,1,0)\n",
+         "9\n0\n0\n32767\n"},
+        {"WithoutAnImage", "", "x=3\nexposure 10 0\nrect 0 0 1 1\nreadch(0,0,0)\nm_width\nx\n",
+         "failed: there is no image\nfailed: there is no image\n0\n0\n3\n"}};
+    for (const auto &session : sessions) {
+        SCOPED_TRACE(session.fault);
+        const QStringList images = QString(session.image).split(' ', Qt::SkipEmptyParts);
+        const ToolRun run = runInProcess(QStringList{"-i"} + images, session.input);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.out, session.output);
+        EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
+    }
+}
+
+TEST(Console, MessagesTellTheLineAndTheWordThatWasMeant)
+{
+    const ToolRun run = runInProcess({"-i", "new:1x1"}, "x=1\n\nx/0\nhyp(3,4)\nexposure 1\n(1\n");
+    EXPECT_EQ(run.out, "error: Division by zero\n0\n3\n"
+                       "failed: exposure [Amount=-100...100] [Mode=0...1]\nfailed: \n");
+    EXPECT_EQ(run.messages, "error: line 3: Division by zero\n"
+                            "warning: line 4: unknown word \"hyp\", did you mean \"hypo\"?\n"
+                            "error: line 5: exposure [Amount=-100...100] [Mode=0...1]\n"
+                            "error: line 6: has no value\n");
+    EXPECT_EQ(runInProcess({"-i"}, "1/0\n", true).messages, "") << "the answer is on the screen";
+}
+
+TEST(Console, AnEndlessLoopEndsAndTheNextLineStartsAfresh)
+{
+    const ToolRun run = runInProcess(
+        {"-i"}, "n=0\nloop():n=n+1:while(1)\nn>3000\nn=0:loop(3000):n=n+1:while()\nn\n");
+    EXPECT_EQ(run.out, "1\n3000\n");
+    EXPECT_EQ(run.messages.rfind("notice: Script aborted; number of operations exceeded", 0), 0U)
+        << run.messages;
+}
+
+TEST(Console, EveryVariableIsListedInOrder)
+{
+    const std::string list = runInProcess({"-i"}, "zz=1/3\naa~\"x  y\"\n.vars\n").out;
+    EXPECT_EQ(list.rfind("aa = x y\n", 0), 0U) << list;
+    EXPECT_NE(list.find("\nm_pi = 3.1415926535897931\n"), std::string::npos);
+    EXPECT_NE(list.find("\nvoid = 0\nvoid =  \nzz = 0.33333333333333331\n"), std::string::npos);
 }
 
 /// Two layers: black below, and a half transparent white one that covers the left column.
@@ -138,18 +211,20 @@ TEST(Console, LayersAreListedChosenAndComposed)
 
 TEST(Console, HostileLinesAreAnsweredAndPassed)
 {
-    const std::string lines[] = {std::string(size_t(17) << 20, '.'),
-                                 "." + std::string(1 << 20, 'a'),
-                                 std::string(".pixel \0 1", 10),
-                                 ".pixel " + std::string(1 << 20, '9') + " 0",
-                                 ".load \xff\xfe\x80" + std::string(1, 0),
-                                 std::string("\0\0\0", 3),
-                                 ".apply exposure " + std::string(100000, '(') + " 0",
-                                 "exposure \xc3( 0"};
-    for (const std::string &line : lines) {
-        const ToolRun run = runInProcess({"-i", "new:1x1"}, line + "\n.size\n");
+    const QByteArray lines[] = {QByteArray(17 << 20, '.'),
+                                "." + QByteArray(1 << 20, 'a'),
+                                QByteArray(".pixel \0 1", 10),
+                                ".pixel " + QByteArray(1 << 20, '9') + " 0",
+                                QByteArray(".load \xff\xfe\x80\0", 10),
+                                QByteArray("(\0\0\0", 4),
+                                QByteArray(20000, '('),
+                                "if(" + QByteArray(20000, '-') + "1)\n(",
+                                ".apply exposure " + QByteArray(100000, '(') + " 0",
+                                "exposure \xc3( 0"};
+    for (const QByteArray &line : lines) {
+        const ToolRun run = runInProcess({"-i", "new:1x1"}, (line + "\n.size\n").toStdString());
         EXPECT_EQ(run.out.rfind("failed: ", 0), 0U) << run.out.substr(0, 100);
-        EXPECT_EQ(run.out.substr(run.out.find('\n') + 1), "1 1\n") << line.substr(0, 20);
+        EXPECT_EQ(run.out.substr(run.out.find('\n') + 1), "1 1\n") << line.left(20).constData();
         EXPECT_EQ(run.out.find('\0'), std::string::npos);
         EXPECT_LT(run.out.size(), 400U);
     }

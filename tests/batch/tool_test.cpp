@@ -167,4 +167,62 @@ TEST_F(Tool, NeedsNoDisplayAndNoLocale)
     bad.insert("QT_QPA_PLATFORM", "xcb");
     EXPECT_EQ(run({name}, {}, bad).status, 0);
 }
+
+TEST_F(Tool, ScriptsRunOnEachImageAsApplyDoes)
+{
+    // A carriage return before the line end is no part of a statement.
+    write("half.script", "# half the light\r\nif(exists(seen))\r\nx=1/0\r\nendif\r\nentire\r\n"
+                         "exposure -50 0\r\n");
+    const QStringList options{"-s", "half.script", "-e", "seen=m_width:x=5", "-e", "m_made=x/0"};
+    Finished done = run(options + QStringList{"-o", "x{n}.png", "new:2x1", "new:3x1"});
+    EXPECT_EQ(done.status, 0);
+    // Variables of one image are not seen by the next.
+    EXPECT_EQ(done.messages,
+              QByteArray("error: line 2 of --execute: Division by zero\n").repeated(2));
+    EXPECT_EQ(QImage(folder.filePath("x1.png")).pixel(1, 0), qRgb(0x47, 0x47, 0x47));
+    EXPECT_EQ(QImage(folder.filePath("x2.png")).size(), QSize(3, 1));
+
+    done = run(options + QStringList{"-i", "new:1x1"}, ".pixel 0 0\n.undo\n.pixel 0 0\n.undo\n");
+    EXPECT_EQ(done.out, "18431 18431 18431 65535 65535\n36863 36863 36863 65535 0\nnothing\n");
+}
+
+TEST_F(Tool, StrictFailsWhereAScriptDoes)
+{
+    struct {
+        const char *script;
+        int status;
+        const char *messages;
+    } const cases[] = {
+        {"x=1:pop()", 0, "warning: line 1: user stack is empty\n"},
+        {"x=1\n\nx=x/0", 3, "error: line 3: Division by zero\n"},
+        {"exposure 1", 3,
+         "error: line 1: exposure 1\nerror: line 1: incorrect parameters for exposure [Amount="},
+        {"exposur 25 0", 0,
+         "warning: line 1: unknown word \"exposur\", did you mean \"exposure\"?"},
+        {"loop():while(1)", 3, "notice: Script aborted; number of operations exceeded the value"}};
+    for (const auto &c : cases) {
+        for (const bool strict : {false, true}) {
+            const Finished done = run(QStringList{"-e", c.script, "-o", "s.png", "new:1x1"} +
+                                      (strict ? QStringList{"--strict"} : QStringList()));
+            EXPECT_EQ(done.status, strict ? c.status : 0) << c.script;
+            EXPECT_TRUE(done.messages.startsWith(c.messages)) << done.messages.constData();
+            EXPECT_EQ(files("s.png").size(), done.status == 0) << "what failed is not saved";
+            QFile::remove(folder.filePath("s.png"));
+        }
+    }
+    const QStringList mixed{"--strict", "--keep-going", "-e",      "if(m_width==1):x=1/0:endif",
+                            "-o",       "m{n}.png",     "new:1x1", "none.png",
+                            "new:2x2"};
+    EXPECT_EQ(run(mixed).status, 1) << "a missing picture outweighs the script";
+    EXPECT_EQ(files("m*"), QStringList{"m3.png"});
+}
+
+TEST_F(Tool, RefusesAScriptThatIsNoText)
+{
+    write("bad.script", "x=\xff\xfe");
+    const Finished done = run({"-s", "bad.script", "-o", "a.png", "new:1x1"});
+    EXPECT_EQ(done.status, 2);
+    EXPECT_EQ(done.messages, "error: bad.script: is not UTF-8 text\n");
+    EXPECT_TRUE(files("a.png").isEmpty());
+}
 } // namespace
