@@ -311,9 +311,10 @@ const std::vector<FuzzEntry> &fuzzEntries()
     return entries;
 }
 
-void runFuzzEntry(const char *name, const uint8_t *data, size_t size)
+void runFuzzEntry(const std::vector<FuzzEntry> &entries, const char *name, const uint8_t *data,
+                  size_t size)
 {
-    for (const FuzzEntry &entry : fuzzEntries())
+    for (const FuzzEntry &entry : entries)
         if (std::strcmp(entry.name, name) == 0)
             return entry.run(data, size);
     fail("no such entry");

@@ -15,7 +15,8 @@ struct FuzzEntry {
 const std::vector<FuzzEntry> &fuzzEntries();
 
 /// Runs the entry of that name.
-void runFuzzEntry(const char *name, const uint8_t *data, size_t size);
+void runFuzzEntry(const std::vector<FuzzEntry> &entries, const char *name, const uint8_t *data,
+                  size_t size);
 
 /// Extensions that the first byte of a "dispatch" input chooses from.
 const std::vector<const char *> &dispatchExtensions();

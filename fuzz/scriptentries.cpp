@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scriptentries.h"
+
+#include "core/image.h"
+#include "core/memory.h"
+#include "core/undo.h"
+#include "core/workspace.h"
+#include "formats/readers.h"
+#include "operators/base/operatortable.h"
+#include "operators/pipeline/colorblending.h"
+#include "operators/table/allops.h"
+#include "script/engine/exparser.h"
+#include "script/engine/textexpression.h"
+#include "script/run/scriptrunner.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace
+{
+/// Dispatches after which a run is stopped, whatever the script makes of m_maxops.
+constexpr int kMostDispatches = 3000;
+/// Longer texts only repeat what shorter ones do, more slowly.
+constexpr size_t kLongestInput = 1 << 16;
+
+void require(bool condition, const char *what)
+{
+    if (condition)
+        return;
+    std::fprintf(stderr, "fuzz entry: %s\n", what);
+    std::abort();
+}
+
+/// A test has a workspace, a fuzz target makes one.
+void needWorkspace()
+{
+    if (!workspace())
+        static Workspace own;
+}
+
+QString inputText(const uint8_t *data, size_t size)
+{
+    return QString::fromUtf8(reinterpret_cast<const char *>(data),
+                             int(std::min(size, kLongestInput)));
+}
+
+/// Takes every message, so that their making is tried too.
+class SilentLog : public ScriptLog
+{
+public:
+    void scriptReport(const ScriptReport &report) override
+    {
+        require(!report.rich.isEmpty(), "a message without its step");
+    }
+};
+
+/// A parser that knows a few names of each kind.
+void prepare(exParser *parser, ScriptLog *log)
+{
+    require(parser->ready(), "no operator table");
+    parser->log = log;
+    parser->debug = true;
+    parser->setNumber(QStringLiteral("x"), QStringLiteral("3"));
+    parser->setNumber(QStringLiteral("both"), QStringLiteral("2*3"));
+    parser->setText(QStringLiteral("both"), QStringLiteral("text"));
+    parser->setText(QStringLiteral("t"), QStringLiteral("a+\"b\",c"));
+    bool ok = false;
+    parser->evaluate(QStringLiteral("array(a,1,0-2,3.5,4)"), &ok);
+    parser->evaluate(QStringLiteral("dim(a,2,2)"), &ok);
+}
+
+/// Tokens and value of one expression; evaluated again as a kept program it is the same.
+void fuzzExparser(const uint8_t *data, size_t size)
+{
+    needWorkspace();
+    const int64_t before = memRecord.currentBlocks;
+    {
+        SilentLog log;
+        exParser parser;
+        prepare(&parser, &log);
+        const QString text = inputText(data, size);
+        QStringList tokens;
+        QList<int32_t> codes;
+        parser.tokenize(text, &tokens, &codes);
+        require(tokens.size() == codes.size(), "token lists of different lengths");
+        for (const int32_t code : qAsConst(codes))
+            require(code >= 0 && code < kOtRows, "a code beyond the table");
+        bool ok = false;
+        parser.evaluate(text, &ok);
+        parser.setNumbers(QStringLiteral("y"), text);
+        parser.setNumber(text.left(20), text);
+        ExpressionProgram program(text);
+        parser.evaluate(&program, &ok);
+        parser.evaluate(&program, &ok);
+    }
+    require(memRecord.currentBlocks == before, "tracked memory was lost");
+}
+
+/// The text evaluator, the operand rule and the tokeniser behind the editor's colours.
+void fuzzScriptText(const uint8_t *data, size_t size)
+{
+    needWorkspace();
+    const int64_t before = memRecord.currentBlocks;
+    {
+        SilentLog log;
+        exParser parser;
+        prepare(&parser, &log);
+        const QString text = inputText(data, size);
+        QStringList tokens;
+        QList<int> types;
+        tokenizeText(parser, text, {QStringLiteral("exposure")}, &tokens, &types);
+        require(tokens.size() == types.size(), "token lists of different lengths");
+        evaluateText(parser, text);
+        QString result;
+        textOperand(parser, text, &result);
+        result.clear();
+        if (callTextFunction(parser, text, &result))
+            require(result.size() <= 80, "too long a result of a text function");
+        fetchText(parser, text, &result);
+        namedParameter(parser, text);
+    }
+    require(memRecord.currentBlocks == before, "tracked memory was lost");
+}
+
+/// Runs no longer than a fuzzer has patience. Files are not for it, and waiting is not either:
+/// of these two verbs only the check of their parameters is asked for.
+class BoundedRunner : public ScriptRunner
+{
+public:
+    using ScriptRunner::ScriptRunner;
+
+    bool dispatchLine(int *statementIndex, const QStringList &tokens, QString *errorText,
+                      int testFlag) override
+    {
+        if (++dispatches > kMostDispatches) {
+            stop();
+            return true;
+        }
+        const QString &verb = tokens.first();
+        const bool outside = verb == QLatin1String("vload") || verb == QLatin1String("pause");
+        return ScriptRunner::dispatchLine(statementIndex, tokens, errorText,
+                                          outside ? -1 : testFlag);
+    }
+
+private:
+    int dispatches = 0;
+};
+
+/// A whole script with presets on a small picture with an undo record.
+void fuzzScriptRun(const uint8_t *data, size_t size)
+{
+    needWorkspace();
+    const int64_t before = memRecord.currentBlocks;
+    {
+        OperatorTable table;
+        addAllOperators(&table);
+        colorblending blending;
+        table.blending = &blending;
+        SilentLog log;
+        exParser parser;
+        parser.log = &log;
+        parser.blending = &blending;
+        const ImageHolder picture{new image};
+        require(picture->allocate(13, 7, QStringLiteral("picture")), "no memory for a picture");
+        picture->fillGmask(40000);
+        saveUndo(picture.get(), true);
+        BoundedRunner runner(&parser, &table);
+        const ScriptEnd end =
+            runner.run(picture.get(), QStringLiteral("m_maxops=2000\n"), inputText(data, size));
+        require(!runner.isRunning(), "a run that did not end");
+        require(end != ScriptEnd::NoMemory, "memory was refused to a small run");
+        require(parser.arrays.count() == 0, "arrays outlive the run");
+        require(picture->width == 13 && picture->height == 7 && picture->valid(),
+                "another picture");
+    }
+    require(memRecord.currentBlocks == before, "tracked memory was lost");
+}
+} // namespace
+
+const std::vector<FuzzEntry> &scriptFuzzEntries()
+{
+    static const std::vector<FuzzEntry> entries = {
+        {"exparser", fuzzExparser}, {"scripttext", fuzzScriptText}, {"scriptrun", fuzzScriptRun}};
+    return entries;
+}
