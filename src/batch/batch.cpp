@@ -35,7 +35,9 @@ int prepareImage(const Run &run, const QString &input)
     run.session.parser()->log = nullptr;
     if (!run.options.strict || (through && !log.failed()))
         return kStatusDone;
-    run.messages.error(input + QStringLiteral(": its script failed, so it is not saved"));
+    run.messages.error(input + (run.options.output.isEmpty()
+                                    ? QStringLiteral(": its script failed")
+                                    : QStringLiteral(": its script failed, so it is not saved")));
     return kStatusScriptFailed;
 }
 

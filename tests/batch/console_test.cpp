@@ -209,6 +209,25 @@ TEST(Console, LayersAreListedChosenAndComposed)
     EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
 }
 
+TEST(Console, AScriptWorksOnTheLayerThatIsChosenElseOnTheMaster)
+{
+    QTemporaryDir folder;
+    const QString file = layeredFile(folder), flat = folder.filePath("flat.rgba");
+    const QStringList save{"-o", flat, file};
+    const QString looks = "entire:if(readm(1,0)<65535):x=1/0:endif:if(m_width==1):x=2/0:endif";
+    ToolRun run = runInProcess(QStringList{"-e", looks, "-e", "negative", "--strict"} + save);
+    EXPECT_EQ(run.status, 3);
+    EXPECT_NE(run.messages.find("error: line 2: negative does not work on a master\n"),
+              std::string::npos)
+        << run.messages;
+    EXPECT_EQ(runInProcess(QStringList{"-e", looks, "--strict"} + save).status, 0);
+    run = runInProcess(QStringList{"--layer", "2", "-e", looks + ":negative", "--strict"} + save);
+    EXPECT_EQ(run.status, 0) << run.messages;
+    EXPECT_EQ(runInProcess({"-i", flat}, ".pixel 0 0\n.pixel 1 0\n").out,
+              "65535 65535 65535 65535 0\n65535 65535 65535 65535 0\n");
+    EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
+}
+
 TEST(Console, HostileLinesAreAnsweredAndPassed)
 {
     const QByteArray lines[] = {QByteArray(17 << 20, '.'),
