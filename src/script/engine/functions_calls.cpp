@@ -155,7 +155,7 @@ double fnFunc(FunctionCall &call)
         return 0;
     }
     parser.dparms.assign(call.a, call.a + call.count);
-    parser.tparms = call.names.mid(1);
+    parser.tparms = joinedParameters(call.names).mid(1);
     if (text.isEmpty()) {
         parser.badParameters(call.opCode, 4);
     } else if (!runStatements(parser, name, functionStatements(text))) {
@@ -185,13 +185,12 @@ double fnDeclare(FunctionCall &call)
 /// A person's choice; 0 if it was given up.
 double fnSlider(FunctionCall &call)
 {
-    if (call.names.size() < 2 || call.count < 3)
+    const QStringList texts = namedParameters(call.parser, call.names);
+    if (texts.size() < 2 || call.count < 3)
         return call.parser.badParameters(call.opCode, 34);
     const auto [low, high] = std::minmax({roundedNumber(call.a[0]), roundedNumber(call.a[1])});
     int value = std::clamp(roundedNumber(call.a[2]), low, high);
     if (call.parser.dispatcher && !call.parser.dispatcher->mayAsk())
         return value;
-    const QString title = namedParameter(call.parser, call.names[0]);
-    const QString label = namedParameter(call.parser, call.names[1]);
-    return workspace() && workspace()->askSlider(title, label, low, high, &value) ? value : 0;
+    return workspace() && workspace()->askSlider(texts[0], texts[1], low, high, &value) ? value : 0;
 }

@@ -5,18 +5,23 @@
 
 /// Fixed texts under which a part of a text is held while another rule runs over the rest.
 /// They are part of the language: such a text written in a script means what it holds.
+template <int N>
+constexpr QLatin1String heldText(const char (&text)[N])
+{
+    return QLatin1String(text, N - 1);
+}
 
 /// "+" inside of quotes, while a text expression is split at "+".
-const QLatin1String kHeldPlus("cftvg84530");
+constexpr QLatin1String kHeldPlus = heldText("cftvg84530");
 /// ",," in the arguments of a text function.
-const QLatin1String kHeldComma("t429h2u4gt");
+constexpr QLatin1String kHeldComma = heldText("t429h2u4gt");
 /// "++" in the text operand of an operator.
-const QLatin1String kHeldDoublePlus("u7864jfg83");
+constexpr QLatin1String kHeldDoublePlus = heldText("u7864jfg83");
 
 /// What the colouring of the script editor holds while other colours are put in.
-const QLatin1String kHeldColours[] = {QLatin1String("zxcvb13524"), QLatin1String("adsfw68792"),
-                                      QLatin1String("ovwhy74901"), QLatin1String("wsfvk64738"),
-                                      QLatin1String("poiuy57681"), QLatin1String("8tokototk8")};
+constexpr QLatin1String kHeldColours[] = {heldText("zxcvb13524"), heldText("adsfw68792"),
+                                          heldText("ovwhy74901"), heldText("wsfvk64738"),
+                                          heldText("poiuy57681"), heldText("8tokototk8")};
 
 /// Kept free: no step holds anything under them.
-const QLatin1String kHeldNothing[] = {QLatin1String("dwpfu90437"), QLatin1String("7tokototk7")};
+constexpr QLatin1String kHeldNothing[] = {heldText("dwpfu90437"), heldText("7tokototk7")};
