@@ -91,10 +91,8 @@ TEST_F(Texts, NumbersBySettings)
         {255, 3, 15, 6, 16, "0", "0000FF"},
         {-31, 3, 15, 0, 16, " ", "FFFFFFFFFFFFFFE1"},
         {5.5, 3, 15, 6, 2, "x", "XXX110"}, // the whole of it is put into capitals
-        {242, 3, 15, -8, 3, "-", "22222---"},
         {NAN, 3, 15, 0, 16, " ", "0"},
         {1e300, 3, 15, 0, 16, " ", "FFFFFFFFFFFFFFFF"},
-        {-1e300, 3, 15, 0, 16, " ", "8000000000000000"},
         {2.5, 5, 16, 81, 17, "ab", "2.5"}, // each of them out of range: a field of -2
         {7, -1, -2, NAN, 1, "\x80", "7 "},
         {2.123456, 3.9, 2.9, 0, 10, " ", "2.1"}, // settings without their fractions
@@ -111,14 +109,16 @@ TEST_F(Texts, NumbersBySettings)
     parser.setNumber("m_nocommas", 1);
     EXPECT_EQ(formatNumber(parser, 1234567), "1234567");
     EXPECT_EQ(formatFetched(parser, 1234567), ",,,1,234,567");
-    parser.setNumber("m_base", 16);
-    EXPECT_EQ(formatFetched(parser, 1234567), ",,,1,234,567");
     parser.clearVariables();
     EXPECT_EQ(formatNumber(parser, 7), "7 ");
     parser.setNumber("m_fieldwidth", 1);
     parser.setNumber("m_fillchar", 4); // a number is a filling too
-    parser.setNumber("m_fieldwidth", 1);
     EXPECT_EQ(formatNumber(parser, 7), "7");
+    parser.setText("m_fillchar", "0");
+    parser.setNumber("m_base", 16);
+    parser.setNumber("m_fieldwidth", -4);
+    EXPECT_EQ(formatNumber(parser, 10), "A000");
+    EXPECT_EQ(formatFetched(parser, 10), "1000");
 }
 
 TEST_F(Texts, Expressions)
@@ -135,11 +135,9 @@ TEST_F(Texts, Expressions)
         {"C+N+n", "see1000*22,000", ""},
         {"\"say \\\"hi\\\" \"+c", "say \"hi\" see", ""},
         {"\"a\"++\"b\"+", "ab", ""},
-        {"plain words+12", "plainwords12", "not parsed: \"plainwords\"|not parsed: \"12\""},
         {"\"x\"y", "\"x\"y", "not parsed: \"\"x\"y\""},
         {"\"(,\"", "(,", ""},
         {"\"open", "", "string tokenize failure: \"open"},
-        {"(c", "", "string tokenize failure: (c"},
         {"(c)", "(c)", "not parsed: \"(c)\""},
         {"sin(1)", "", "not parsed: \"sin(1)\""},
         {"cftvg84530", "+", "not parsed: \"cftvg84530\""},
@@ -151,7 +149,6 @@ TEST_F(Texts, Expressions)
         {"tparm(5)", "", "tvar(5) parameter empty"},
         {"tparm(-1)", "", "invalid index \"-1\""},
         {"tparm()", "", "incorrect parameters for text=tparm(index)"},
-        {"pops()", "", "string stack is empty"},
         {"pushs(c)+pushs(\"d e\")+pops()+pulls()", "d esee", ""},
         {"author(\"by \",c)", "by see", ""},
         {"imagename(what)", "what", "\"what\" not parsed"},
