@@ -140,7 +140,8 @@ TEST_F(OpBase, SettingsComeBackAndHostileOnesAreIgnored)
     table.settings(true);
     EXPECT_EQ(store.allKeys().join(' '),
               QLatin1String("operatorExposure operatorExposureHotkey operatorExposureMode "
-                            "operatorNegativeHotkey"));
+                            "operatorNegativeHotkey operatorScript operatorScriptHotkey "
+                            "operatorScriptPresets operatorScriptPresetsOn"));
     OperatorTable other;
     addAllOperators(&other);
     other.store = &store;
