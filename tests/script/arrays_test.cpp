@@ -52,7 +52,11 @@ protected:
         array->cols = int(values.size()) / rows;
     }
 
-    RecordingWorkspace space;
+    class StoppedSpace : public RecordingWorkspace
+    {
+    public:
+        bool cancelRequested() override { return true; }
+    } space;
     exParser parser;
     QStringList messages;
 };
@@ -171,7 +175,7 @@ TEST_F(Arrays, DivisionByZeroTakesTheSmallestNumber)
     EXPECT_TRUE(std::isnan(run("value(a,1)")));
 }
 
-TEST_F(Arrays, SizesAreBounded)
+TEST_F(Arrays, SizesAreBoundedAndLongProductsStop)
 {
     std::vector<double> tooMany;
     EXPECT_FALSE(parser.arrays.resize(&tooMany, kMostElements + 1));
@@ -181,6 +185,10 @@ TEST_F(Arrays, SizesAreBounded)
     EXPECT_EQ(run("matmul(a,b,a)"), 0); // 25 million
     EXPECT_TRUE(messages.join('|').startsWith("array \"a\" cannot have 25000000 elements"));
     EXPECT_EQ(values("a").size(), 5000u);
+    fill("a", std::vector<double>(512 * 512, 1.0), 512);
+    EXPECT_EQ(run("matmul(a,a,c)"), 0); // long enough to be stopped
+    EXPECT_EQ(messages.join('|'), "the product of a and a was stopped");
+    EXPECT_FALSE(parser.arrays.find("c"));
 }
 
 TEST_F(Arrays, MatricesAreAsTheLonghandForm)
