@@ -29,7 +29,7 @@ int prepareImage(const Run &run, const QString &input)
     }
     if (!run.script.isGiven)
         return kStatusDone;
-    ScriptMessages log(run.script, &run.messages);
+    ScriptMessages log(run.script, *run.session.parser(), &run.messages);
     run.session.parser()->log = &log;
     const bool through = run.session.runScript(run.script.text);
     run.session.parser()->log = nullptr;

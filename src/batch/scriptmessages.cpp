@@ -3,25 +3,32 @@
 
 #include "batch/messages.h"
 #include "batch/scripttext.h"
+#include "script/engine/exparser.h"
 
 void ScriptMessages::scriptReport(const ScriptReport &report)
 {
-    QString place;
-    if (report.line > 0)
-        place = report.inPresets ? QStringLiteral("line %1 of the presets: ").arg(report.line)
-                                 : script.place(report.line) + QStringLiteral(": ");
+    const QString text = place(report.line, report.inPresets) + report.plain;
     if (report.kind == ScriptReport::Kind::Warning) {
-        messages->warning(place + report.plain);
+        messages->warning(text);
         return;
     }
     sawError = true;
-    messages->error(place + report.plain);
+    messages->error(text);
 }
 
-void ScriptMessages::scriptHint(int, int line, const QString &word, const QString &nearest)
+void ScriptMessages::scriptHint(int statement, int line, const QString &word,
+                                const QString &nearest)
 {
-    const QString place = line > 0 ? script.place(line) + QStringLiteral(": ") : QString();
-    messages->warning(place + unknownWord(word, nearest));
+    messages->warning(place(line, statement < parser.presetStatements) +
+                      unknownWord(word, nearest));
+}
+
+QString ScriptMessages::place(int line, bool inPresets) const
+{
+    if (line <= 0)
+        return {};
+    return (inPresets ? QStringLiteral("line %1 of the presets").arg(line) : script.place(line)) +
+           QStringLiteral(": ");
 }
 
 QString unknownWord(const QString &word, const QString &nearest)
