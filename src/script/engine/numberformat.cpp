@@ -39,7 +39,7 @@ NumberFormat::NumberFormat(const exParser &parser)
         fill = text.at(0);
 }
 
-QString NumberFormat::padded(QString text) const
+QString NumberFormat::padded(const QString &text) const
 {
     return width < 0 ? text.leftJustified(-width, fill) : text.rightJustified(width, fill);
 }

@@ -18,7 +18,7 @@ public:
     QString fetched(double value) const;
 
 private:
-    QString padded(QString text) const;
+    QString padded(const QString &text) const;
 
     int base, width, precision;
     char letter;
