@@ -6,6 +6,7 @@
 #include "app/downloadmanager.h"
 #include "app/layers.h"
 #include "app/recovery.h"
+#include "app/scriptdesk.h"
 #include "core/memory.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
@@ -71,6 +72,7 @@ MainWindow::MainWindow()
     table->prefix = QStringLiteral("operator");
     table->blending = blendState.get();
     addAllOperators(table.get());
+    createScripts();
 
     store = std::make_unique<QSettings>(QStringLiteral("Zolvine"), QStringLiteral("Kestrane"));
     table->store = store.get();
@@ -135,6 +137,7 @@ MainWindow::~MainWindow()
     recovery = nullptr;
     delete operators;
     operators = nullptr;
+    scripts.reset();
     while (!images.isEmpty()) {
         image *tree = images.takeFirst();
         destroyTree(&tree);
@@ -164,6 +167,7 @@ void MainWindow::loadSettings()
     serialNumber = storedText(*store, QStringLiteral("serialNumber"));
     versionHost = storedText(*store, QStringLiteral("versionHost"));
     table->settings(false);
+    scripts->load(*store);
 }
 
 void MainWindow::saveSettings()
@@ -182,6 +186,7 @@ void MainWindow::saveSettings()
     recentFolders().save(*store);
     assigns().save(*store);
     table->settings(true);
+    scripts->save(*store);
     operators->settings(true);
     store->sync();
 }
@@ -189,6 +194,7 @@ void MainWindow::saveSettings()
 void MainWindow::createOperators()
 {
     operators = new Operators(table.get(), this);
+    connectScripts();
     connect(operators, &Operators::operateRequested, this, &MainWindow::on_operate_clicked);
     placeOperators();
     operators->settings(false);

@@ -25,6 +25,7 @@ class Notations;
 class Operators;
 struct PreferencesExtras;
 class Recovery;
+class ScriptDesk;
 class QActionGroup;
 class QProgressDialog;
 class QSettings;
@@ -57,6 +58,15 @@ public:
     /// Whether the run before this one ended in order.
     bool lastRunEndedInOrder() const { return appWasOkay; }
     Operators *operatorDialog() const { return operators; }
+    /// The script language as the person sees it.
+    ScriptDesk *scriptDesk() const { return scripts.get(); }
+    /// The Script operator has another text: the preview follows when the typing pauses.
+    void scriptTextChanged();
+    /// What a key does beside the window commands, empty if nothing. The key is in the plain
+    /// form of the key table.
+    QString useOfKey(int key) const;
+    /// The same for the key of a saved script: a window command is a use, a saved script none.
+    QString useOfScriptKey(int key) const;
     /// The layer dialog while it is open.
     Layers *layersDialog = nullptr;
     /// Depth of work that must not be re-entered: see BusyGuard.
@@ -79,6 +89,9 @@ public:
     int question(const QString &title, const QString &text, const QStringList &buttons,
                  int goingOnAnswer, int defaultAnswer) override;
     bool askQuality(int *quality, bool forPng) override;
+    bool askText(const QString &title, const QString &prompt, QString *text) override;
+    bool askSlider(const QString &title, const QString &label, int low, int high,
+                   int *value) override;
     void progress(const QString &text, int64_t done, int64_t total) override;
     bool cancelRequested() override;
     void brushCleared() override;
@@ -176,6 +189,11 @@ public slots:
     void on_actionSet_Zoom_Sep_Size_triggered();
     void on_actionRemember_Position_triggered(bool on);
     void on_actionAsk_on_Close_triggered(bool on);
+    void on_actionScript_Editor_triggered();
+    void on_actionRun_Script_triggered();
+    void on_actionStop_Script_triggered();
+    void on_actionScript_Debug_triggered();
+    void on_actionScript_Reference_triggered();
     void on_actionHelp_Area_Tools_triggered();
     void on_actionHelp_Blending_triggered();
     void on_actionAbout_triggered();
@@ -253,6 +271,11 @@ private:
     void showKeysInMenus();
     void collectToggles();
     void fillRecentMenu();
+    bool isOwn(const QAction *action) const;
+
+    // mainwindow_script.cpp: the script language
+    void createScripts();
+    void connectScripts();
 
     // mainwindow_tools.cpp: the tool buttons
     void collectTools();
@@ -305,7 +328,7 @@ private:
     void exportSettingsTo(const QString &path);
     bool importSettingsFrom(const QString &path);
     PreferencesExtras preferencesExtras() const;
-    QString useOfKey(int key) const;
+    QString otherUseOfKey(int key) const;
 
     // mainwindow_layers.cpp
     image *operated(image *img);
@@ -327,6 +350,8 @@ private:
     std::unique_ptr<Ui::MainWindow> ui;
     std::unique_ptr<QSettings> store;
     std::unique_ptr<OperatorTable> table;
+    std::unique_ptr<ScriptDesk> scripts; ///< of the table's operators
+    QTimer scriptPreview;
     std::unique_ptr<colorblending> blendState;
     Operators *operators = nullptr; ///< a child, deleted before the table it shows
     DownloadManager *downloadManager = nullptr;

@@ -6,6 +6,7 @@
 #include "app/imageinformation.h"
 #include "app/memreport.h"
 #include "app/notations.h"
+#include "app/scriptdesk.h"
 #include "app/undolevels.h"
 #include "core/undo.h"
 #include "operators/base/operatortable.h"
@@ -161,16 +162,21 @@ void MainWindow::on_operate_clicked()
     image *img = operated(window->img);
     if (!img)
         return;
-    if (img->kind != 1 && !invertSelection && !img->anyMaskSet())
+    // A script may select for itself.
+    if (img->kind != 1 && !invertSelection && !img->anyMaskSet() &&
+        table->currentOp != kScriptOperator)
         statusText(img == window->img ? tr("Nothing selected (Ctrl+A selects all)")
                                       : tr("Nothing selected in the target layer"));
     // Disabling the button that was pressed would hand the keyboard to its neighbour.
     const QPointer<QWidget> focused = QApplication::focusWidget();
     {
         BusyGuard guard(busy);
+        const ScriptDesk::Run run(scripts.get());
         updateEnabledStates();
         window->prepareAndApply(img);
     }
+    if (table->currentOp == kScriptOperator)
+        previewOutdated(); // which a run puts off
     updateEnabledStates();
     if (focused)
         focused->setFocus();
@@ -189,9 +195,12 @@ void MainWindow::on_actionApply_Again_triggered()
         view->settleJobs();
     {
         BusyGuard guard(busy);
+        const ScriptDesk::Run run(scripts.get());
         updateEnabledStates();
         table->apply(img, true);
     }
+    if (table->currentOp == kScriptOperator)
+        previewOutdated(); // which a run puts off
     updateEnabledStates();
     refreshViews(img);
 }

@@ -99,11 +99,11 @@ void MainWindow::nameFileBags()
         const char *key;
         QString filters; ///< empty: given above
     } names[] = {
-        {scriptPresetsFileBag, "scriptPresetsFileBag", tr("Script presets (*.json)")},
+        {scriptPresetsFileBag, "scriptPresetsFileBag", tr("Saved scripts (*.json)")},
         {imageFileBag, "imageFileBag", {}},
         {kbdConfigFileBag, "kbdConfigFileBag", tr("Key tables (*.kbc)")},
         {animFileBag, "animFileBag", tr("GIF animation (*.gif)")},
-        {scriptFileBag, "scriptFileBag", tr("Scripts (*.txt)")},
+        {scriptFileBag, "scriptFileBag", tr("Scripts (*.txt *.script);;All files (*)")},
         {saveFileBag, "saveFileBag", {}},
         {paletteFileBag, "paletteFileBag", tr("Palettes (*.pal)")},
         {scriptColorsFileBag, "scriptColorsFileBag", tr("Script colours (*.sco)")},

@@ -4,6 +4,7 @@
 #include "app/layers.h"
 #include "app/newimage.h"
 #include "app/notations.h"
+#include "app/scriptdesk.h"
 #include "app/setquality.h"
 #include "operators/base/operatortable.h"
 #include "operators/dialog/operators.h"
@@ -122,6 +123,8 @@ bool MainWindow::askQuality(int *quality, bool forPng)
 
 void MainWindow::progress(const QString &text, int64_t done, int64_t total)
 {
+    if (scripts && scripts->takeProgress(text, done, total))
+        return;
     if (text.isEmpty() || total <= 0) {
         delete progressDialog;
         cancelled = false;
@@ -145,7 +148,7 @@ void MainWindow::progress(const QString &text, int64_t done, int64_t total)
 
 bool MainWindow::cancelRequested()
 {
-    return cancelled;
+    return cancelled || (scripts && scripts->stopWanted());
 }
 
 void MainWindow::showImage(image *img, const FileRecord &record)
@@ -290,7 +293,8 @@ void MainWindow::undoStateChanged(image *img)
 
 void MainWindow::previewOutdated()
 {
-    if (operators && !table->inPreview)
+    // A run would be asked for another one, of the preview, at each of its statements.
+    if (operators && !table->inPreview && !(scripts && scripts->isRunning()))
         operators->timetopreview();
 }
 

@@ -177,6 +177,15 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
         QMainWindow::keyPressEvent(event);
 }
 
+/// Whether an action is one of this window and not of a window that belongs to it.
+bool MainWindow::isOwn(const QAction *action) const
+{
+    const QWidget *at = action->parentWidget();
+    while (at && at != this && at->windowType() != Qt::Window && at->windowType() != Qt::Dialog)
+        at = at->parentWidget();
+    return at == this;
+}
+
 bool MainWindow::globalKey(QKeyEvent *event)
 {
     // The function keys of the area tools work above the operator dialog too.
@@ -186,10 +195,11 @@ bool MainWindow::globalKey(QKeyEvent *event)
         sendCommand(number);
         return true;
     }
-    const QKeySequence keys(event->key() | int(event->modifiers() & ~Qt::KeypadModifier));
+    const int pressed = KeyTable::plainKey(event->key() | int(event->modifiers()));
     const auto actions = findChildren<QAction *>();
     for (QAction *action : actions)
-        if (action->isEnabled() && !action->shortcut().isEmpty() && action->shortcut() == keys) {
+        if (action->isEnabled() && action->shortcut().count() == 1 && isOwn(action) &&
+            KeyTable::plainKey(action->shortcut()[0]) == pressed) {
             action->trigger();
             return true;
         }

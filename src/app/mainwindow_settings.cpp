@@ -9,6 +9,7 @@
 #include "app/preferences.h"
 #include "app/problemlist.h"
 #include "app/recovery.h"
+#include "app/scriptdesk.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
 #include "operators/dialog/operators.h"
@@ -173,8 +174,21 @@ void MainWindow::on_actionAssigned_Paths_triggered()
     dialog.exec();
 }
 
-/// What a key does beside the window commands; empty if nothing.
 QString MainWindow::useOfKey(int key) const
+{
+    if (const SavedScript *script = scripts->library.findKey(key))
+        return tr("the key of the saved script %1").arg(script->name);
+    return otherUseOfKey(key);
+}
+
+QString MainWindow::useOfScriptKey(int key) const
+{
+    const WindowCommand *command = windowCommand(keyTable().commandAt(key));
+    return command ? tr("the key of the command %1").arg(command->title()) : otherUseOfKey(key);
+}
+
+/// What a key does beside window commands and saved scripts.
+QString MainWindow::otherUseOfKey(int key) const
 {
     const int letter = key & ~int(Qt::SHIFT);
     if (letter < Qt::Key_A || letter > Qt::Key_Z)

@@ -26,10 +26,11 @@ constexpr int kMostProblems = 200;
 constexpr int kShownOfKey = 60;
 
 /// A file from elsewhere must not tell this program whom to call, nor where it stood.
-constexpr const char *kOfThisMachine[] = {"appWasOkay", "successOnAsk", "versionHost", "opsX",
-                                          "opsY"};
+constexpr const char *kOfThisMachine[] = {
+    "appWasOkay", "successOnAsk",     "versionHost",      "opsX",
+    "opsY",       "scriptEditorFile", "scriptPresetsFile"};
 constexpr const char *kMachineEndings[] = {"position", "place", "geometry", "/folder"};
-constexpr const char *kMachineGroups[] = {"recentFiles", "recentFolders"};
+constexpr const char *kMachineGroups[] = {"recentFiles", "recentFolders", "recentScripts"};
 
 QString translated(const char *text)
 {

@@ -114,6 +114,7 @@ enum WindowCommandNumber {
     kCommandQuit = 76,
     kCommandPresetIn = 77,
     kCommandPresetOut = 78,
+    kCommandScriptEditor = 79,
     kCommandRatioFirst = 80, ///< 10:1; the next ones follow down to 1:4
     kCommandRatioLast = 92,
     kCommandToolRectangle = 93, ///< the area tools; their buttons do the same
@@ -137,6 +138,7 @@ enum WindowCommandNumber {
     kCommandSelectMode = 111,
     kCommandMagnifyOnce = 112,
     kCommandRevert = 113,
+    kCommandRunScript = 114,
     kCommandLoadDialog = 115,
     kCommandNewDialog = 116,
     kCommandRecentFirst = 117,
@@ -145,6 +147,7 @@ enum WindowCommandNumber {
     kCommandMaskJob = 151,
     kCommandFillScreen = 152,
     kCommandGroupRedo = 153,
+    kCommandScriptDebug = 154,
     kCommandFrameMargins = 155
 };
 

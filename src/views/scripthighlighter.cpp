@@ -193,7 +193,7 @@ void ScriptWords::setLanguage(const OtTable &table, const QStringList &operatorN
     for (const QString &word : table.opFunctions)
         keywords.insert(word, ScriptPart::Function);
     for (const QString &word : table.opTextFunctions)
-        keywords.insert(word, ScriptPart::TextFunction);
+        keywords.insert(word, ScriptPart::TextWord);
     for (const QString &word : table.opConditional)
         keywords.insert(word, ScriptPart::Control);
     for (const int code : {int(SO_LOOPIN), int(SO_LOOPOUT)})

@@ -19,7 +19,7 @@ enum class ScriptPart {
     Sign,      ///< arithmetic, relations, parentheses, commas
     Control,   ///< if, else, endif, loop, while
     Function,  ///< of numbers, arrays and pictures
-    TextFunction,
+    TextWord,
     Operator, ///< the script name of an image operator
     Verb,
     Variable, ///< assigned in the text, or set by the program

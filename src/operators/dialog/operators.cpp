@@ -108,6 +108,7 @@ void Operators::on_reset_clicked()
 {
     if (OpWrapper *op = currentOperator())
         op->reset();
+    tellScript();
     refreshPreview();
 }
 
@@ -153,6 +154,7 @@ void Operators::checked(int index, bool state)
 {
     if (OpWrapper *op = currentOperator())
         op->checkbox(index, state);
+    tellScript();
     refreshPreview();
 }
 
@@ -198,11 +200,17 @@ void Operators::editor0()
     refreshPreview();
 }
 
+void Operators::tellScript()
+{
+    if (builder->codeEditors.count() > 0)
+        emit scriptEdited();
+}
+
 void Operators::ceditor0()
 {
     if (OpWrapper *op = currentOperator())
         op->codeedit(builder->codeEditors.at(0));
-    emit scriptEdited();
+    tellScript();
     refreshPreview();
 }
 

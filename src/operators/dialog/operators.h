@@ -114,7 +114,7 @@ public slots:
 signals:
     /// The Apply button was pressed.
     void operateRequested();
-    /// The text in the page's script editor changed by the person's hand.
+    /// The page of a script, or its text, was changed by the person's hand.
     void scriptEdited();
     /// Another operator became the current one.
     void operatorChanged(int id);
@@ -150,6 +150,7 @@ private:
     void spunDouble(int index, double value);
     void slid(int index, int value);
     void typed(int index, const QString &text);
+    void tellScript();
 
     /// The crop or thumbnail that a preview starts from, and where it goes.
     struct PreviewPlan {
