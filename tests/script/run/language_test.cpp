@@ -84,9 +84,6 @@ TEST_F(ScriptTest, MessagesOfStatements)
         int failures;
     } cases[] = {
         {"exposure 10", {"exposure 10", QString("incorrect parameters for ") + exposureUsage}, 1},
-        {"exposure 101 0",
-         {"exposure 101 0", QString("incorrect parameters for ") + exposureUsage},
-         1},
         {"exposure 50+50 0:testscripting", {}, 0},
         {"if(0):rect 1 2 3:endif",
          {"rect 1 2 3", "incorrect parameters for rect [Left] [Top] [Right] [Bottom]"},
