@@ -14,13 +14,14 @@
 #include "script/run/scriptrunner.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
 namespace
 {
-/// Dispatches after which a run is stopped, whatever the script makes of m_maxops.
-constexpr int kMostDispatches = 3000;
+/// A person's patience: a run asks in between whether it is to stop.
+constexpr auto kPatience = std::chrono::seconds(1);
 /// Longer texts only repeat what shorter ones do, more slowly.
 constexpr size_t kLongestInput = 1 << 16;
 
@@ -32,12 +33,15 @@ void require(bool condition, const char *what)
     std::abort();
 }
 
-/// A test has a workspace, a fuzz target makes one.
-void needWorkspace()
+/// A person who loses patience, which also tries that a run of any script can be stopped.
+class ImpatientWorkspace : public Workspace
 {
-    if (!workspace())
-        static Workspace own;
-}
+public:
+    bool cancelRequested() override { return std::chrono::steady_clock::now() > end; }
+
+private:
+    const std::chrono::steady_clock::time_point end = std::chrono::steady_clock::now() + kPatience;
+};
 
 QString inputText(const uint8_t *data, size_t size)
 {
@@ -73,9 +77,9 @@ void prepare(exParser *parser, ScriptLog *log)
 /// Tokens and value of one expression; evaluated again as a kept program it is the same.
 void fuzzExparser(const uint8_t *data, size_t size)
 {
-    needWorkspace();
     const int64_t before = memRecord.currentBlocks;
     {
+        const ImpatientWorkspace space;
         SilentLog log;
         exParser parser;
         prepare(&parser, &log);
@@ -100,9 +104,9 @@ void fuzzExparser(const uint8_t *data, size_t size)
 /// The text evaluator, the operand rule and the tokeniser behind the editor's colours.
 void fuzzScriptText(const uint8_t *data, size_t size)
 {
-    needWorkspace();
     const int64_t before = memRecord.currentBlocks;
     {
+        const ImpatientWorkspace space;
         SilentLog log;
         exParser parser;
         prepare(&parser, &log);
@@ -123,36 +127,16 @@ void fuzzScriptText(const uint8_t *data, size_t size)
     require(memRecord.currentBlocks == before, "tracked memory was lost");
 }
 
-/// Runs no longer than a fuzzer has patience. Files are not for it, and waiting is not either:
-/// of these two verbs only the check of their parameters is asked for.
-class BoundedRunner : public ScriptRunner
-{
-public:
-    using ScriptRunner::ScriptRunner;
-
-    bool dispatchLine(int *statementIndex, const QStringList &tokens, QString *errorText,
-                      int testFlag) override
-    {
-        if (++dispatches > kMostDispatches) {
-            stop();
-            return true;
-        }
-        const QString &verb = tokens.first();
-        const bool outside = verb == QLatin1String("vload") || verb == QLatin1String("pause");
-        return ScriptRunner::dispatchLine(statementIndex, tokens, errorText,
-                                          outside ? -1 : testFlag);
-    }
-
-private:
-    int dispatches = 0;
-};
-
-/// A whole script with presets on a small picture with an undo record.
+/// A whole script with presets on a small picture with an undo record. It neither reads files
+/// nor waits: the words for these do nothing here.
 void fuzzScriptRun(const uint8_t *data, size_t size)
 {
-    needWorkspace();
     const int64_t before = memRecord.currentBlocks;
     {
+        QString script = inputText(data, size);
+        for (const char *verb : {"vload", "pause"})
+            script.replace(QLatin1String(verb), QStringLiteral("testscripting"));
+        const ImpatientWorkspace space;
         OperatorTable table;
         addAllOperators(&table);
         colorblending blending;
@@ -165,14 +149,13 @@ void fuzzScriptRun(const uint8_t *data, size_t size)
         require(picture->allocate(13, 7, QStringLiteral("picture")), "no memory for a picture");
         picture->fillGmask(40000);
         saveUndo(picture.get(), true);
-        BoundedRunner runner(&parser, &table);
-        const ScriptEnd end =
-            runner.run(picture.get(), QStringLiteral("m_maxops=2000\n"), inputText(data, size));
+        ScriptRunner runner(&parser, &table);
+        runner.run(picture.get(), QStringLiteral("m_maxops=2000\nfont~\"Courier\"\n"), script);
         require(!runner.isRunning(), "a run that did not end");
-        require(end != ScriptEnd::NoMemory, "memory was refused to a small run");
+        require(runner.lastEnd() != ScriptEnd::NoMemory, "memory was refused to a small run");
         require(parser.arrays.count() == 0, "arrays outlive the run");
-        require(picture->width == 13 && picture->height == 7 && picture->valid(),
-                "another picture");
+        require(picture->valid() && picture->width > 0 && picture->height > 0,
+                "an invalid picture");
     }
     require(memRecord.currentBlocks == before, "tracked memory was lost");
 }
