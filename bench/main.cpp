@@ -13,6 +13,7 @@ void registerViewBenchmarks();
 void registerFormatBenchmarks();
 void registerAreaMaskBenchmarks();
 void registerAreaFigureBenchmarks();
+void registerScriptBenchmarks();
 
 int main(int argc, char **argv)
 {
@@ -28,6 +29,7 @@ int main(int argc, char **argv)
     registerAreaMaskBenchmarks();
     registerAreaFigureBenchmarks();
     registerNativeBenchmarks();
+    registerScriptBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }
