@@ -191,10 +191,12 @@ TEST(Assignment, NamesAndValues)
     EXPECT_FALSE(parser.setNumber("4x", "5"));
     EXPECT_FALSE(parser.setNumber(".5", "5"));
     EXPECT_FALSE(parser.setNumber("a", "(1"));
+    parser.report("error: spelt out");
     EXPECT_EQ(valueOf(parser, "a"), 2);
-    EXPECT_EQ(messages.plain, QStringList({"assignments must have a variable name: =5",
-                                           "variable names can't start with a digit: 4x",
-                                           "variables can't be numbers: .5=5", "a=(1"}));
+    EXPECT_EQ(messages.plain,
+              QStringList({"assignments must have a variable name: =5",
+                           "variable names can't start with a digit: 4x",
+                           "variables can't be numbers: .5=5", "a=(1", "spelt out"}));
     EXPECT_TRUE(parser.setNumber("debug", "0"));
     messages.plain.clear();
     parser.setNumber("a", "1/0");

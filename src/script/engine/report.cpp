@@ -33,20 +33,29 @@ QString markedUp(QString text)
     return text;
 }
 
-ScriptReport::Kind kindOf(const QString &text)
+/// What a message is, and how long the word that says so. One message spells its word out.
+ScriptReport::Kind kindOf(const QString &text, int *length)
 {
-    if (text.startsWith(QLatin1String("e:")))
-        return ScriptReport::Kind::Error;
-    return text.startsWith(QLatin1String("w:")) ? ScriptReport::Kind::Warning
-                                                : ScriptReport::Kind::Plain;
+    constexpr struct {
+        const char *word;
+        ScriptReport::Kind kind;
+    } words[] = {{"e:", ScriptReport::Kind::Error},
+                 {"w:", ScriptReport::Kind::Warning},
+                 {"error:", ScriptReport::Kind::Error}};
+    for (const auto &[word, kind] : words)
+        if (text.startsWith(QLatin1String(word))) {
+            *length = int(qstrlen(word));
+            return kind;
+        }
+    *length = 0;
+    return ScriptReport::Kind::Plain;
 }
 
 /// The message without its mark-up: pairs of codes and tags go, other capitals are letters.
-QString plainText(const QString &text, ScriptReport::Kind kind)
+QString plainText(QString plain)
 {
     static const QRegularExpression pairs(QStringLiteral("([IBROGC])(.*?)E\\1"));
     static const QRegularExpression tags(QStringLiteral("</?font[^>]*>"));
-    QString plain = kind == ScriptReport::Kind::Plain ? text : text.mid(2);
     plain.replace(tags, QString());
     return plain.replace(pairs, QStringLiteral("\\2")).trimmed();
 }
@@ -57,7 +66,8 @@ void exParser::report(const QString &text)
     if (!debug || !log)
         return;
     ScriptReport message;
-    message.kind = kindOf(text);
+    int wordLength = 0;
+    message.kind = kindOf(text, &wordLength);
     message.statement = statement;
     message.inPresets = statement < presetStatements;
     message.line = line;
@@ -66,7 +76,7 @@ void exParser::report(const QString &text)
             ? QStringLiteral("BPresetEB step %1: ").arg(statement)
             : QStringLiteral("BScriptEB step %1: ").arg(statement - presetStatements + 1);
     message.rich = markedUp(step + text);
-    message.plain = plainText(text, message.kind);
+    message.plain = plainText(text.mid(wordLength));
     log->scriptReport(message);
 }
 
