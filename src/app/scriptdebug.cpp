@@ -12,16 +12,28 @@
 #include <QGuiApplication>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QScreen>
 #include <QScrollBar>
+#include <QShowEvent>
 #include <QUrl>
 
 namespace
 {
 constexpr int kFlushMs = 60;
+constexpr int kGap = 16;          ///< to the corner of the desktop, and for the frame
 constexpr int kMostWaiting = 400; ///< messages of one flush; a loop can make any number
 constexpr int kMostBlocks = 10000;
 constexpr int kWidthInLetters = 84, kHeightInLines = 20;
 constexpr char kScriptLink[] = "script", kPresetsLink[] = "presets";
+
+/// Of remarks: quiet, and still read with ease.
+QString greyOf(const QPalette &palette)
+{
+    const QColor text = palette.color(QPalette::Text), base = palette.color(QPalette::Base);
+    return QColor((3 * text.red() + 2 * base.red()) / 5, (3 * text.green() + 2 * base.green()) / 5,
+                  (3 * text.blue() + 2 * base.blue()) / 5)
+        .name();
+}
 
 /// The colours of messages are made for a light ground; on a dark one they stand for these.
 constexpr struct {
@@ -88,7 +100,7 @@ void ScriptDebug::append(const ScriptReport &report)
 
 void ScriptDebug::appendHint(const QString &text, bool inPresets, int line)
 {
-    const QString grey = palette().color(QPalette::Disabled, QPalette::Text).name();
+    const QString grey = greyOf(ui->log->palette());
     QString html = QStringLiteral("<font color=\"%1\">%2</font>").arg(grey, text.toHtmlEscaped());
     if (line > 0)
         html += QStringLiteral(" &nbsp;<small>(%1)</small>")
@@ -102,8 +114,7 @@ void ScriptDebug::add(const QString &html)
 {
     if (!runTitle.isEmpty()) {
         waiting << QStringLiteral("<b><font color=\"%1\">%2</font></b>")
-                       .arg(palette().color(QPalette::Disabled, QPalette::Text).name(),
-                            runTitle.toHtmlEscaped());
+                       .arg(greyOf(ui->log->palette()), runTitle.toHtmlEscaped());
         runTitle.clear();
     }
     if (waiting.size() < kMostWaiting)
@@ -120,8 +131,7 @@ void ScriptDebug::flush()
     if (waiting.isEmpty())
         return;
     if (leftOut > 0)
-        waiting
-            << QStringLiteral("<i>%1</i>").arg(tr("… and %n more message(s)", nullptr, leftOut));
+        waiting << QStringLiteral("<i>%1</i>").arg(tr("… and more messages: %1").arg(leftOut));
     for (const QString &html : qAsConst(waiting))
         ui->log->append(shown(html));
     waiting.clear();
@@ -154,6 +164,12 @@ void ScriptDebug::changeEvent(QEvent *event)
 
 void ScriptDebug::showEvent(QShowEvent *event)
 {
+    if (!placed && !event->spontaneous()) {
+        // At the corner where it hides least of the script.
+        const QRect desk = QGuiApplication::primaryScreen()->availableGeometry();
+        move(desk.right() - width() - kGap, desk.bottom() - height() - kGap);
+        placed = true;
+    }
     QDialog::showEvent(event);
     ui->log->verticalScrollBar()->setValue(ui->log->verticalScrollBar()->maximum());
 }

@@ -60,6 +60,7 @@ private:
     QStringList waiting;
     int leftOut = 0; ///< messages of the waiting ones that were too many
     int errors = 0;  ///< since the run began
+    bool placed = false;
     QString runTitle;
     QTimer flushTimer;
 };

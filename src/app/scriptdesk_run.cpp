@@ -8,6 +8,7 @@
 #include "operators/base/operatortable.h"
 #include "operators/dialog/operators.h"
 #include "script/run/script.h"
+#include "views/codeedit.h"
 #include "views/imgwindow.h"
 
 #include <QAction>
@@ -94,13 +95,15 @@ void ScriptDesk::endRun()
         return;
     editorWindow->setRunning(false);
     const QString seconds = QLocale().toString(double(clock.elapsed()) / 1000.0, 'f', 2);
-    const int errors = debug ? debug->errorCount() + runner.failedStatements() : 0;
-    editorWindow->tell(
-        stopped      ? tr("Stopped after %1 s").arg(seconds)
-        : errors > 0 ? tr("Done in %1 s, with %n error(s): see the marks and the debug window",
-                          nullptr, errors)
-                           .arg(seconds)
-                     : tr("Done in %1 s").arg(seconds));
+    const int lines =
+        editorWindow->scriptEdit()->errors().size() + editorWindow->presetsEdit()->errors().size();
+    QString text = stopped ? tr("Stopped after %1 s") : tr("Done in %1 s");
+    text = text.arg(seconds);
+    if (lines > 0)
+        text += tr("; lines with errors: %1 (F8 goes there)").arg(lines);
+    else if (debug && debug->errorCount() + runner.failedStatements() > 0)
+        text += tr("; the debug window tells of errors");
+    editorWindow->tell(text);
 }
 
 bool ScriptDesk::pictureReady()
@@ -205,7 +208,7 @@ void ScriptDesk::scriptReport(const ScriptReport &report)
     debugWindow()->append(report);
     showDebugOnce();
     const bool inEditor = editorWindow && runName.isEmpty();
-    if (inEditor && report.line > 0 && report.kind != ScriptReport::Kind::Plain)
+    if (inEditor && report.line > 0)
         editorWindow->markError(report.inPresets, report.line, report.plain);
 }
 

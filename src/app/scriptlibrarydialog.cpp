@@ -182,7 +182,7 @@ void ScriptLibraryDialog::on_importFile_clicked()
     }
     QString error;
     const int count = library->addJson(file.read(kMostFileBytes), &error);
-    tell(count < 0 ? error : tr("%n script(s) imported.", nullptr, count));
+    tell(count < 0 ? error : tr("Scripts imported: %1").arg(count));
 }
 
 void ScriptLibraryDialog::on_exportFile_clicked()

@@ -21,6 +21,7 @@ constexpr int kFollowMs = 250;
 constexpr int kIndent = 2; ///< blanks of a step
 constexpr int kMarginGap = 6;
 constexpr int kMostOffered = 12;
+constexpr int kMostMarkLetters = 400; ///< a line in a loop may fail often
 
 /// What is wrong with a line; it stays with the line while others come and go.
 class LineMark : public QTextBlockUserData
@@ -150,9 +151,13 @@ int CodeEdit::currentLine() const
 void CodeEdit::markError(int line, const QString &message)
 {
     QTextBlock block = document()->findBlockByNumber(line - 1);
-    if (!block.isValid() || markOf(block)) // the first message tells most
+    if (!block.isValid())
         return;
-    block.setUserData(new LineMark(message));
+    const LineMark *before = markOf(block);
+    if (before && before->message.size() > kMostMarkLetters)
+        return;
+    block.setUserData(
+        new LineMark(before ? before->message + QLatin1Char('\n') + message : message));
     markLines();
     margin->update();
 }
@@ -343,7 +348,7 @@ void CodeEdit::complete(bool evenShort)
         return;
     }
     QRect place = cursorRect();
-    place.translate(viewport()->x(), 0);
+    place.translate(viewport()->x() - fontMetrics().horizontalAdvance(word), 0);
     place.setWidth(popup->sizeHintForColumn(0) + 2 * popup->frameWidth() +
                    popup->verticalScrollBar()->sizeHint().width() + kMarginGap);
     completer->complete(place);

@@ -29,8 +29,8 @@ public:
     void goToLine(int line);
     int currentLine() const;
 
-    /// Marks a line, from 1, with what is wrong there; a change of the text moves the mark
-    /// along with its line.
+    /// Marks a line, from 1, with what is wrong there, beside what was wrong before; the mark
+    /// moves along with its line.
     void markError(int line, const QString &message);
     void clearErrors();
     /// The marked lines and their messages.
