@@ -70,10 +70,11 @@ void ScriptDebug::beginRun(const QString &title)
 
 QString ScriptDebug::placeLink(const QString &text, bool inPresets, int line) const
 {
-    return QStringLiteral("<a href=\"%1:%2\">%3</a>")
+    const bool dark = ui->log->palette().color(QPalette::Base).lightness() < 128;
+    return QStringLiteral("<a href=\"%1:%2\" style=\"color:%4\">%3</a>")
         .arg(QLatin1String(inPresets ? kPresetsLink : kScriptLink))
         .arg(line)
-        .arg(text);
+        .arg(text, QLatin1String(dark ? "#8fb4ff" : "#1a4fb0"));
 }
 
 void ScriptDebug::append(const ScriptReport &report)
@@ -151,15 +152,6 @@ QString ScriptDebug::shown(QString html) const
 QString ScriptDebug::plainText() const
 {
     return ui->log->toPlainText();
-}
-
-void ScriptDebug::changeEvent(QEvent *event)
-{
-    QDialog::changeEvent(event);
-    if (event->type() != QEvent::PaletteChange)
-        return;
-    const QColor link = ui->log->palette().color(QPalette::Link);
-    ui->log->document()->setDefaultStyleSheet(QStringLiteral("a { color: %1 }").arg(link.name()));
 }
 
 void ScriptDebug::showEvent(QShowEvent *event)

@@ -41,7 +41,6 @@ signals:
     void placeRequested(bool inPresets, int line);
 
 protected:
-    void changeEvent(QEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
 private slots:

@@ -232,7 +232,6 @@ void ScriptDesk::fillLibraryMenu(QMenu *menu)
 
 void ScriptDesk::fillRecentMenu(QMenu *menu)
 {
-    openEditor();
     editor()->fillRecent(menu);
 }
 
