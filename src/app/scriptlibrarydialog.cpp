@@ -23,7 +23,7 @@ namespace
 {
 enum Column { kName, kKey, kLines };
 constexpr int kWidthInLetters = 76, kHeightInLines = 22;
-constexpr int kNameLetters = 34, kKeyLetters = 16;
+constexpr int kKeyLetters = 14, kLinesLetters = 8;
 constexpr qint64 kMostFileBytes = qint64(1) << 28;
 
 QString keyText(int key)
@@ -41,7 +41,9 @@ ScriptLibraryDialog::ScriptLibraryDialog(ScriptLibrary *scripts, KeyUse useOf, F
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     ui->buttonBox->button(QDialogButtonBox::Close)->setAutoDefault(false);
     const QFontMetrics metrics(font());
-    ui->list->header()->resizeSection(kName, metrics.averageCharWidth() * kNameLetters);
+    ui->list->header()->setStretchLastSection(false);
+    ui->list->header()->setSectionResizeMode(kName, QHeaderView::Stretch);
+    ui->list->header()->resizeSection(kLines, metrics.averageCharWidth() * kLinesLetters);
     ui->list->header()->resizeSection(kKey, metrics.averageCharWidth() * kKeyLetters);
     ui->message->setMinimumHeight(metrics.lineSpacing() * 2);
     resize(metrics.averageCharWidth() * kWidthInLetters, metrics.lineSpacing() * kHeightInLines);
