@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "script/engine/exparser.h"
 #include "script/engine/expression.h"
+#include "script/engine/textexpression.h"
 
 #include "core/memory.h"
 
@@ -141,6 +142,24 @@ TEST(Evaluation, NamedFunctionsTakeTheNumbersOfTheirOwnCall)
     EXPECT_EQ(valueOf(parser, "value(a,1)*value(a,2)"), 30);
     EXPECT_EQ(valueOf(parser, "value(a,value(a,0)-size(a))"), 5);
     EXPECT_EQ(valueOf(parser, "100+array(b,1,2)+size(b)"), 104);
+    // Names that another call left over do not come before a call's own.
+    EXPECT_EQ(valueOf(parser, "sin(nosuch)+size(a)"), 3);
+    EXPECT_EQ(valueOf(parser, "pow(b,nosuch)+duplicate(a,copy)"), 3);
+    EXPECT_EQ(valueOf(parser, "size( a )"), 3);
+}
+
+TEST(Evaluation, QuotedTextsOfACallStayWhole)
+{
+    exParser parser;
+    Messages messages(&parser);
+    const QStringList texts = {"a-b", "two words", "no (yes), 5 > 3", "x", ""};
+    for (const QString &text : texts)
+        EXPECT_EQ(valueOf(parser, "1+pushs(\"" + text + "\")"), 1) << qPrintable(text);
+    EXPECT_EQ(parser.userStrings, texts);
+    valueOf(parser, "pushs(\"open and ( \"a\")+1");
+    EXPECT_EQ(messages.plain, QStringList());
+    evaluateText(parser, "author(p,q)");
+    EXPECT_EQ(messages.plain, QStringList({"\"p\" not parsed", "\"q\" not parsed"}));
 }
 
 TEST(Evaluation, OverflowingStacksLoseWhatDoesNotFit)

@@ -60,7 +60,7 @@ ScriptArray *lookUpArray(exParser &parser, const QString &name)
 {
     ScriptArray *array = parser.arrays.find(name);
     if (!array)
-        parser.report(QStringLiteral("e: array \"R%1ER\" does not exist").arg(name));
+        parser.report(QStringLiteral("e: array \"R%1ER\" does not exist").arg(name.toLower()));
     return array;
 }
 

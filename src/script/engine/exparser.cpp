@@ -208,7 +208,7 @@ bool exParser::setNumber(const QString &name, ExpressionProgram *program)
     bool ok = false;
     const double value = evaluate(program, &ok);
     if (!ok) {
-        report(QStringLiteral("e: ") + name + QLatin1Char('=') + program->text);
+        report(QStringLiteral("e: ") + lowName + QLatin1Char('=') + program->text);
         return false;
     }
     return storeNumber(lowName, value, program->text);

@@ -124,6 +124,8 @@ private:
     class Machine;
     friend class Machine;
 
+    void scanProgram(ExpressionProgram *program) const;
+    void classifyProgram(ExpressionProgram *program, bool joined) const;
     void tokenizeProgram(ExpressionProgram *program) const;
     void traceTokens(const QStringList &tokens, const QList<int32_t> &opCodes) const;
     int classify(const ExpressionProgram &program, ProgramToken *result, int previous) const;

@@ -155,7 +155,7 @@ double fnFunc(FunctionCall &call)
         return 0;
     }
     parser.dparms.assign(call.a, call.a + call.count);
-    parser.tparms = joinedParameters(call.names).mid(1);
+    parser.tparms = call.names.mid(1);
     if (text.isEmpty()) {
         parser.badParameters(call.opCode, 4);
     } else if (!runStatements(parser, name, functionStatements(text))) {

@@ -127,7 +127,7 @@ QString fnAsk(TextCall &call)
 double fnTwidth(FunctionCall &call)
 {
     exParser &parser = call.parser;
-    const QString name = joinedParameters(call.names).value(0);
+    const QString name = call.names.value(0);
     if (name.isEmpty())
         return parser.badParameters(call.opCode, kWidthNameTag);
     const auto missing = [&parser](const QString &variable) {
@@ -190,7 +190,7 @@ QString fnPops(TextCall &call)
 double fnPushs(FunctionCall &call)
 {
     exParser &parser = call.parser;
-    const QStringList names = joinedParameters(call.names);
+    const QStringList &names = call.names;
     if (names.size() == 1 && call.count == 0)
         parser.userStrings << textArgument(parser, names.first());
     else if (names.isEmpty() && call.count == 1)

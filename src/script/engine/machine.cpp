@@ -40,9 +40,7 @@ bool exParser::Machine::run()
             qCDebug(scriptStacks).noquote() << traceLine();
     }
     if (!stacks.deferred.empty()) {
-        OperatorRecord last = stacks.deferred.pop();
-        last.mark = stacks.operators.count();
-        stacks.operators.push(last);
+        stacks.operators.push(stacks.deferred.pop());
         stackOp();
     }
     value = stacks.values.empty() ? 0 : stacks.values.pop().value;
@@ -72,8 +70,8 @@ bool exParser::Machine::act(const ProgramToken &token)
         break;
     case OT_DUAL:
     case OT_INDETERMINATE:
-        stacks.operators.push({token.opClass == OT_DUAL ? token.op : int32_t(SO_SUB), OT_DUAL,
-                               stacks.deferred.count(), 0, parser.pdepth});
+        stacks.operators.push(
+            {token.opClass == OT_DUAL ? token.op : int32_t(SO_SUB), OT_DUAL, 0, 0, parser.pdepth});
         break;
     case OT_CONDITIONAL:
         actOnCondition(token);
@@ -140,14 +138,14 @@ void exParser::Machine::actOnVariable(const ProgramToken &token)
 void exParser::Machine::actOnCondition(const ProgramToken &token)
 {
     if (token.op == SO_IF)
-        stacks.deferred.push({SO_IF, OT_CONDITIONAL, stacks.operators.count(), 0, parser.pdepth});
+        stacks.deferred.push({SO_IF, OT_CONDITIONAL, 0, 0, parser.pdepth});
     else
         state.condition = token.op == SO_ENDIF || !state.condition;
 }
 
 void exParser::Machine::defer(int op, int opClass)
 {
-    stacks.deferred.push({op, opClass, state.oplimit, 0, parser.pdepth});
+    stacks.deferred.push({op, opClass, 0, 0, parser.pdepth});
 }
 
 /// A minus that waits takes the next number, wherever that stands.
@@ -201,7 +199,7 @@ void exParser::Machine::parOut()
         return;
     OperatorRecord record = stacks.deferred.pop();
     record.level = state.level;
-    record.mark = stacks.operators.count();
+    record.names = int32_t(stacks.qp.size()) - state.stringlimit;
     record.moved = 0;
     // The first argument ends on top. More than the stack holds are not there to be moved.
     for (int i = std::min(state.commaCount, int32_t(kStackEntries)); i > 0; --i)
@@ -298,15 +296,17 @@ bool exParser::Machine::fireShortcut(const OperatorRecord &record)
 {
     stacks.operators.pop();
     if (record.op == SO_FWIDTH) {
-        call(record.op, 0, takeNames(state.level));
+        call(record.op, 0, takeNames(record, 1));
         return true;
     }
     if (stacks.values.empty())
         return true;
     if (!stacks.qp.empty())
         stacks.qp.pop_back();
-    const double number = stacks.values.pop().value;
-    pushValue(record.op == SO_NOTEXISTS ? double(number == 0) : number);
+    ValueRecord top = stacks.values.pop();
+    if (record.op == SO_NOTEXISTS)
+        top.value = top.value == 0;
+    stacks.values.push(top); // at the level that it had
     return true;
 }
 
@@ -335,7 +335,7 @@ bool exParser::Machine::fireNamed(const OperatorRecord &record, const ParameterC
     if (named < wanted.named && !pushesNumber)
         return false;
     stacks.operators.pop();
-    call(record.op, record.moved, takeNames(state.level));
+    call(record.op, record.moved, takeNames(record, wanted.named));
     return true;
 }
 
@@ -369,20 +369,26 @@ int exParser::Machine::namesAbove(int level) const
                              [level](const NamedEntry &entry) { return entry.level > level; }));
 }
 
-/// The named parameters of a call, in written order; they are gone from the list then.
-QStringList exParser::Machine::takeNames(int level)
+/// The named parameters of a call, in written order, the last ones that were written; they are
+/// gone from the list then. Names that an earlier call left are taken only where the call has
+/// too few of its own. Two functions take any number; the others as many as they want.
+QStringList exParser::Machine::takeNames(const OperatorRecord &record, int wanted)
 {
+    const bool any = record.op == SO_FUNC || record.op == SO_DECLARE;
+    int most = record.names >= wanted ? record.names : int(stacks.qp.size());
     QStringList names;
-    auto keep = stacks.qp.begin();
-    for (NamedEntry &entry : stacks.qp) {
-        if (entry.level > level)
-            names << entry.q;
-        else if (&*keep != &entry)
-            *keep++ = std::move(entry);
-        else
-            ++keep;
+    for (size_t i = stacks.qp.size(); i > 0 && most > 0; --i) {
+        NamedEntry &entry = stacks.qp[i - 1];
+        if (entry.level <= state.level)
+            continue;
+        if (entry.q != QLatin1String(" ") && (any || names.size() < wanted))
+            names.prepend(entry.q);
+        entry.valid = false;
+        --most;
     }
-    stacks.qp.erase(keep, stacks.qp.end());
+    stacks.qp.erase(std::remove_if(stacks.qp.begin(), stacks.qp.end(),
+                                   [](const NamedEntry &entry) { return !entry.valid; }),
+                    stacks.qp.end());
     return names;
 }
 

@@ -51,7 +51,7 @@ private:
     void call(int op, int numbers, const QStringList &names);
     int valuesAtLevel() const;
     int namesAbove(int level) const;
-    QStringList takeNames(int level);
+    QStringList takeNames(const OperatorRecord &record, int wanted);
 
     exParser &parser;
     EvaluationStacks &stacks;

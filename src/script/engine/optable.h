@@ -32,11 +32,13 @@ enum OtClass : int32_t {
 enum OtCode : int32_t {
     SO_ADD = 4,
     SO_COMMA = 54,
+    SO_DECLARE = 69,
     SO_DIV = 70,
     SO_DUB = 76,
     SO_ELSE = 77,
     SO_ENDIF = 78,
     SO_EXISTS = 80,
+    SO_FUNC = 93,
     SO_FWIDTH = 94,
     SO_IF = 100,
     SO_LOOPIN = 115,

@@ -15,7 +15,7 @@ constexpr int kStackEntries = 1024;
 struct OperatorRecord {
     int32_t op;
     int32_t opClass;
-    int32_t mark;  ///< a stack count noted on the way, read by nothing
+    int32_t names; ///< named parameters that stand in its call
     int32_t moved; ///< numbers that the closing parenthesis of its call moved
     int32_t level;
 };

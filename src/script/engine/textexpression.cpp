@@ -145,9 +145,9 @@ QString surrounded(exParser &parser, const QString &text, const QStringList &arg
 {
     if (at < 0 || at >= arguments.size())
         return text;
-    const QString after =
-        at + 1 < arguments.size() ? textArgument(parser, arguments.at(at + 1)) : QString();
-    return textArgument(parser, arguments.at(at)) + text + after;
+    const QString before = textArgument(parser, arguments.at(at)); // its warning comes first
+    return before + text +
+           (at + 1 < arguments.size() ? textArgument(parser, arguments.at(at + 1)) : QString());
 }
 
 /// One line of at most 80 characters.
@@ -313,25 +313,10 @@ QString namedParameter(const exParser &parser, const QString &word)
     return variable ? variable->text : word;
 }
 
-QStringList joinedParameters(const QStringList &words)
-{
-    QStringList joined;
-    bool open = false; // in a quoted text
-    for (const QString &word : words) {
-        if (open)
-            joined.last() += word;
-        else if (word != QLatin1String(" "))
-            joined << word;
-        if (open || word.startsWith(kQuote))
-            open = !isQuoted(joined.last());
-    }
-    return joined;
-}
-
 QStringList namedParameters(const exParser &parser, const QStringList &words)
 {
-    QStringList names = joinedParameters(words);
-    for (QString &name : names)
-        name = namedParameter(parser, name);
+    QStringList names;
+    for (const QString &word : words)
+        names << namedParameter(parser, word);
     return names;
 }

@@ -52,8 +52,5 @@ QString unquoted(const QString &text);
 /// What a named parameter stands for: the inside of quotes, the text of a string variable of
 /// that name, or the word itself.
 QString namedParameter(const exParser &parser, const QString &word);
-/// The same of all named parameters of a call. Blanks between them go; a quoted text that was
-/// split at its blanks is one parameter again.
+/// The same of all named parameters of a call.
 QStringList namedParameters(const exParser &parser, const QStringList &words);
-/// The named parameters as they are written, but put together as namedParameters does.
-QStringList joinedParameters(const QStringList &words);

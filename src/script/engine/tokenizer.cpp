@@ -4,6 +4,8 @@
 #include <QDebug>
 #include <QLoggingCategory>
 
+#include <algorithm>
+
 Q_LOGGING_CATEGORY(scriptTokens, "kestrane.script.tokens", QtWarningMsg)
 
 namespace
@@ -198,6 +200,29 @@ QString withoutEntities(const QString &text)
         .replace(QLatin1String("&lt;"), QLatin1String("<"));
 }
 
+/// Puts the tokens of a text in quotes together again, where it has an end.
+void joinQuoted(ExpressionProgram *program)
+{
+    const QString &scanned = program->scanned;
+    if (!scanned.contains(QLatin1Char('"')))
+        return;
+    std::vector<ProgramToken> &tokens = program->tokens;
+    const auto isQuote = [&scanned](int at) { return scanned.at(at) == QLatin1Char('"'); };
+    const auto closes = [&](const ProgramToken &token) {
+        return isQuote(token.start + token.length - 1);
+    };
+    const auto last = std::find_if(tokens.rbegin(), tokens.rend(), closes).base();
+    size_t kept = 0;
+    for (auto token = tokens.begin(); token != tokens.end(); ++token) {
+        ProgramToken whole = *token;
+        if (isQuote(whole.start) && token < last)
+            while ((whole.length < 2 || !closes(whole)) && token + 1 < last)
+                whole.length += (++token)->length;
+        tokens[kept++] = whole;
+    }
+    tokens.resize(kept);
+}
+
 /// Parentheses as they are counted in all of the text, quotes included. `allowEmpty` lets "()"
 /// pass.
 bool parenthesesMatch(const QString &text, bool allowEmpty)
@@ -279,7 +304,7 @@ int exParser::classify(const ExpressionProgram &program, ProgramToken *result, i
     return code == SO_SUB && negatesAfter(previous) ? int(SO_NEGATE2) : code;
 }
 
-void exParser::tokenizeProgram(ExpressionProgram *program) const
+void exParser::scanProgram(ExpressionProgram *program) const
 {
     if (isQuotedText(program->text)) {
         program->scanned = program->text;
@@ -289,11 +314,25 @@ void exParser::tokenizeProgram(ExpressionProgram *program) const
     } else {
         Scanner(withoutEntities(program->text), program).scan();
     }
+}
+
+/// What the tokens are. A text in quotes within an expression is one word: `joined` puts the
+/// tokens back together that blanks and signs in it made of it.
+void exParser::classifyProgram(ExpressionProgram *program, bool joined) const
+{
+    if (joined)
+        joinQuoted(program);
     int previous = SO_NOP;
     for (ProgramToken &token : program->tokens) {
         token.op = previous = classify(*program, &token, previous);
         token.opClass = classOf(token.op);
     }
+}
+
+void exParser::tokenizeProgram(ExpressionProgram *program) const
+{
+    scanProgram(program);
+    classifyProgram(program, true);
     program->generation = variables.generation();
     program->balanced = parenthesesMatch(program->text, true);
 }
@@ -301,7 +340,8 @@ void exParser::tokenizeProgram(ExpressionProgram *program) const
 void exParser::tokenize(const QString &text, QStringList *tokens, QList<int32_t> *opCodes) const
 {
     ExpressionProgram program(text);
-    tokenizeProgram(&program);
+    scanProgram(&program);
+    classifyProgram(&program, false);
     tokens->clear();
     opCodes->clear();
     for (const ProgramToken &token : program.tokens) {

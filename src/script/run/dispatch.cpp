@@ -221,7 +221,7 @@ Variable *ScriptRunner::assignPlain(PreparedStatement *statement)
     bool ok = false;
     const double value = parser->evaluate(&statement->program, &ok);
     if (!ok) {
-        parser->report(QStringLiteral("e: %1=%2").arg(statement->left, statement->right));
+        parser->report(QStringLiteral("e: %1=%2").arg(statement->left.toLower(), statement->right));
         return parser->variables.number(statement->left);
     }
     if (statement->recordGeneration != parser->variables.generation()) {

@@ -121,6 +121,7 @@ bool ScriptRunner::setUp(image *newTarget)
     if (target && !internal && !target->undoList.isEmpty())
         parser->images.source = target->undoList.last();
     followImages();
+    parser->clearVariables(); // a first run begins as all later ones do
     setScriptDefaults(parser);
     setImageVariables(parser, target, parser->images.origin);
     parser->testFlag = 0;

@@ -94,7 +94,7 @@ TEST_F(ScriptTest, MessagesOfStatements)
         {"pop(", {"pop(", "incorrect parameters for"}, 1},
         {"x=\"a b\"", {"can't assign string with \"=\": x=\"a b\""}, 0},
         {"t~\"a\":x=t", {"can't assign string with \"=\": x=t"}, 0},
-        {"x=(", {"x=(", "error: x=("}, 0},
+        {"x=(", {"x=(", "x=("}, 0},
         {"1/0", {"Division by zero"}, 0},
         {"debug=0:1/0:pop(", {}, 1},
     };
