@@ -247,7 +247,7 @@ void CodeEdit::markLines()
         line.cursor.clearSelection();
         marks.append(line);
     };
-    if (marginShown)
+    if (marginShown && !document()->isEmpty()) // where the hint of an empty text stands
         mark(textCursor(), between(base, palette().color(QPalette::Highlight), 0.10));
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next())
         if (markOf(block))

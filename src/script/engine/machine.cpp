@@ -369,19 +369,18 @@ int exParser::Machine::namesAbove(int level) const
                              [level](const NamedEntry &entry) { return entry.level > level; }));
 }
 
-/// The named parameters of a call, in written order, the last ones that were written; they are
-/// gone from the list then. Names that an earlier call left are taken only where the call has
-/// too few of its own. Two functions take any number; the others as many as they want.
+/// The named parameters of a call, in written order; they are gone from the list then. A call
+/// with too few of its own takes what earlier ones left. Two functions take any number of
+/// names, the others the first ones.
 QStringList exParser::Machine::takeNames(const OperatorRecord &record, int wanted)
 {
-    const bool any = record.op == SO_FUNC || record.op == SO_DECLARE;
-    int most = record.names >= wanted ? record.names : int(stacks.qp.size());
+    int most = record.names >= wanted ? record.names : wanted;
     QStringList names;
     for (size_t i = stacks.qp.size(); i > 0 && most > 0; --i) {
         NamedEntry &entry = stacks.qp[i - 1];
         if (entry.level <= state.level)
             continue;
-        if (entry.q != QLatin1String(" ") && (any || names.size() < wanted))
+        if (entry.q != QLatin1String(" "))
             names.prepend(entry.q);
         entry.valid = false;
         --most;
@@ -389,7 +388,8 @@ QStringList exParser::Machine::takeNames(const OperatorRecord &record, int wante
     stacks.qp.erase(std::remove_if(stacks.qp.begin(), stacks.qp.end(),
                                    [](const NamedEntry &entry) { return !entry.valid; }),
                     stacks.qp.end());
-    return names;
+    const bool any = record.op == SO_FUNC || record.op == SO_DECLARE;
+    return any ? names : names.mid(0, wanted);
 }
 
 QString exParser::Machine::traceLine() const
