@@ -43,6 +43,10 @@ void MainWindow::createScripts()
     connect(ui->menuRecent_Scripts, &QMenu::aboutToShow, this,
             [this]() { scripts->fillRecentMenu(ui->menuRecent_Scripts); });
     scripts->fillLibraryMenu(ui->menuSaved_Scripts);
+    connect(ui->menuScript, &QMenu::aboutToShow, this, [this]() {
+        ui->actionRun_Script->setEnabled(!scripts->isRunning());
+        ui->actionStop_Script->setEnabled(scripts->isRunning());
+    });
 }
 
 void MainWindow::connectScripts()

@@ -66,6 +66,7 @@ void ScriptDebug::beginRun(const QString &title)
 {
     errors = 0;
     runTitle = title;
+    ui->log->ensurePolished(); // a style sheet's ground is not in the palette before
 }
 
 QString ScriptDebug::placeLink(const QString &text, bool inPresets, int line) const

@@ -65,7 +65,7 @@ void ScriptLibraryDialog::fill()
     const int row = std::max(0, ui->list->indexOfTopLevelItem(ui->list->currentItem()));
     ui->list->clear();
     for (const SavedScript &script : library->scripts()) {
-        const int lines = script.text.count(QLatin1Char('\n')) + 1;
+        const int lines = script.text.trimmed().count(QLatin1Char('\n')) + 1;
         auto *item = new QTreeWidgetItem(
             ui->list, {script.name, keyText(script.key), QString::number(lines)});
         item->setToolTip(kName, script.text.section(QLatin1Char('\n'), 0, 11)

@@ -19,24 +19,6 @@ bool isQuote(const QString &text, int at)
     return text.at(at) == kQuote && (at == 0 || text.at(at - 1) != QLatin1Char('\\'));
 }
 
-bool isQuoted(const QString &text)
-{
-    return text.size() > 1 && text.startsWith(kQuote) && text.endsWith(kQuote);
-}
-
-QString withoutBlanks(const QString &text)
-{
-    QString kept;
-    kept.reserve(text.size());
-    bool inside = false;
-    for (int i = 0; i < text.size(); ++i) {
-        inside ^= isQuote(text, i);
-        if (inside || text.at(i) != QLatin1Char(' '))
-            kept += text.at(i);
-    }
-    return kept;
-}
-
 /// As QString::replace, whose time grows faster than a long text.
 QString replaced(const QString &text, QLatin1String from, QLatin1String to)
 {
@@ -106,7 +88,7 @@ bool splitPieces(const exParser &parser, const QString &text, QStringList *piece
 /// What a piece stands for. False if it is nothing known and stands for itself.
 bool pieceText(exParser &parser, const QString &piece, QString *text)
 {
-    if (isQuoted(piece)) {
+    if (isQuotedText(piece)) {
         *text = unquoted(piece);
     } else if (const Variable *number = parser.variables.number(piece)) {
         *text = startsWithCapital(piece) ? number->sourceText()
@@ -176,6 +158,19 @@ QString runTextFunction(exParser &parser, int opCode, const QStringList &argumen
     return singleLine(surrounded(parser, text, arguments, surroundingsAt(function)));
 }
 } // namespace
+
+QString withoutBlanks(const QString &text)
+{
+    QString kept;
+    kept.reserve(text.size());
+    bool inside = false;
+    for (int i = 0; i < text.size(); ++i) {
+        inside ^= isQuote(text, i);
+        if (inside || text.at(i) != QLatin1Char(' '))
+            kept += text.at(i);
+    }
+    return kept;
+}
 
 bool tokenizeText(const exParser &parser, const QString &text, const QStringList &listed,
                   QStringList *tokens, QList<int> *types)
@@ -291,7 +286,7 @@ bool callTextFunction(exParser &parser, const QString &piece, QString *result)
 QString textArgument(exParser &parser, const QString &argument)
 {
     QString text;
-    if (isQuoted(argument))
+    if (isQuotedText(argument))
         return unquoted(argument);
     if (fetchText(parser, argument, &text))
         return text;
@@ -302,12 +297,12 @@ QString textArgument(exParser &parser, const QString &argument)
 
 QString unquoted(const QString &text)
 {
-    return isQuoted(text) ? text.mid(1, text.size() - 2) : text;
+    return isQuotedText(text) ? text.mid(1, text.size() - 2) : text;
 }
 
 QString namedParameter(const exParser &parser, const QString &word)
 {
-    if (isQuoted(word))
+    if (isQuotedText(word))
         return unquoted(word);
     const Variable *variable = parser.variables.text(word);
     return variable ? variable->text : word;

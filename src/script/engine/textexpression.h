@@ -47,6 +47,8 @@ bool callTextFunction(exParser &parser, const QString &piece, QString *result);
 /// with a warning, itself.
 QString textArgument(exParser &parser, const QString &argument);
 
+/// Without the blanks outside of quotes; a quote with a backslash before it stands for itself.
+QString withoutBlanks(const QString &text);
 /// A text without the quotes around it, if there are any.
 QString unquoted(const QString &text);
 /// What a named parameter stands for: the inside of quotes, the text of a string variable of

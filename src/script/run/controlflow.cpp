@@ -93,7 +93,7 @@ bool ScriptRunner::decide(PreparedStatement *statement)
         return false;
     if (const Variable *text = parser->variables.text(inner))
         return text->text.startsWith(QLatin1Char('t'), Qt::CaseInsensitive);
-    if (inner.size() > 1 && inner.startsWith(QLatin1Char('"')) && inner.endsWith(QLatin1Char('"')))
+    if (isQuotedText(inner))
         return inner == QLatin1String("\"t\"");
     bool ok = false;
     const double value = parser->evaluate(&statement->program, &ok);

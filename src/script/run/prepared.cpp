@@ -3,6 +3,7 @@
 
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
+#include "script/engine/textexpression.h"
 #include "script/run/hints.h"
 #include "script/run/statements.h"
 #include "script/run/verbs.h"
@@ -99,9 +100,7 @@ void prepareAssignment(PreparedStatement *statement, const QString &text)
     statement->right = text.mid(cut + 1).trimmed();
     if (isText)
         return;
-    statement->quoted = statement->right.size() > 1 &&
-                        statement->right.startsWith(QLatin1Char('"')) &&
-                        statement->right.endsWith(QLatin1Char('"'));
+    statement->quoted = isQuotedText(statement->right);
     statement->right = withoutBlanks(statement->right);
     statement->plainName =
         isFreeName(statement->left) && !statement->right.contains(QLatin1Char(':'));

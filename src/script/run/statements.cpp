@@ -57,23 +57,3 @@ QStringList statementTokens(const QString &statement)
     return plain.replace(QLatin1Char('\t'), QLatin1Char(' '))
         .split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
-
-int countPresetStatements(const QString &presets)
-{
-    return splitStatements(presets).size();
-}
-
-QString withoutBlanks(const QString &text)
-{
-    QString result;
-    result.reserve(text.size());
-    bool inQuotes = false;
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar c = text[i];
-        if (c == QLatin1Char('"') && (i == 0 || text[i - 1] != QLatin1Char('\\')))
-            inQuotes = !inQuotes;
-        if (inQuotes || c != QLatin1Char(' '))
-            result += c;
-    }
-    return result;
-}

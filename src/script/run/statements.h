@@ -17,8 +17,3 @@ struct ScriptStatement {
 QList<ScriptStatement> splitStatements(const QString &text);
 /// A statement split at blanks, without empty pieces.
 QStringList statementTokens(const QString &statement);
-/// How many statements a preset text counts for, for step numbers: comments and blank pieces
-/// too, but not empty lines.
-int countPresetStatements(const QString &presets);
-/// A text without the blanks that stand outside of quotes.
-QString withoutBlanks(const QString &text);

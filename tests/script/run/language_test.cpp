@@ -24,7 +24,6 @@ TEST(Statements, PiecesAndTheLinesTheyBeginOn)
                           .arg(statement.text);
         EXPECT_EQ(pieces.join('|').toStdString(), one.pieces) << one.text;
     }
-    EXPECT_EQ(countPresetStatements("a=1\n\n#b\nc=a::2"), 3);
 }
 
 TEST_F(ScriptTest, ScriptsGiveTheirValues)
