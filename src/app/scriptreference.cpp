@@ -23,9 +23,9 @@ constexpr int kWordLetters = 15, kPanelLetters = 46;
 constexpr struct {
     const char *name, *explanation;
 } kVerbs[] = {
-    {"mix", QT_TRANSLATE_NOOP("ScriptReference",
-                              "Mixes the picture with its state before the last act, by a "
-                              "percentage.")},
+    {"mix",
+     QT_TRANSLATE_NOOP("ScriptReference", "Mixes the picture with its state before the run, by a "
+                                          "percentage.")},
     {"pause", QT_TRANSLATE_NOOP("ScriptReference", "Waits so many seconds.")},
     {"rect", QT_TRANSLATE_NOOP("ScriptReference", "Selects a rectangle by two corners.")},
     {"entire", QT_TRANSLATE_NOOP("ScriptReference", "Selects the whole picture.")},
