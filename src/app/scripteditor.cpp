@@ -203,7 +203,7 @@ void ScriptEditor::showPlace()
 void ScriptEditor::showTitle()
 {
     const Page &one = page();
-    const QString what = one.edit == ui->presetsEdit ? tr("Presets") : tr("Script Editor");
+    const QString what = tr("Script Editor");
     const QString name = one.file.section(QLatin1Char('/'), -1);
     setWindowTitle(name.isEmpty() ? what : QStringLiteral("%1[*] — %2").arg(name, what));
     setWindowModified(!name.isEmpty() && one.edit->document()->isModified());
@@ -391,7 +391,7 @@ void ScriptEditor::on_actionFind_triggered()
 void ScriptEditor::find(bool backward, bool fromStart)
 {
     const QString wanted = ui->findText->text();
-    ui->findState->clear();
+    tell(QString());
     if (wanted.isEmpty())
         return;
     QTextDocument::FindFlags flags;
@@ -404,7 +404,8 @@ void ScriptEditor::find(bool backward, bool fromStart)
     if (found.isNull()) {
         from.movePosition(backward ? QTextCursor::End : QTextCursor::Start);
         found = edit()->document()->find(wanted, from, flags);
-        ui->findState->setText(found.isNull() ? tr("not found") : tr("from the other end"));
+        tell((found.isNull() ? tr("\"%1\" is not found") : tr("\"%1\": found from the other end"))
+                 .arg(wanted));
     }
     if (!found.isNull())
         edit()->setTextCursor(found);

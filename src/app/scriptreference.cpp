@@ -18,7 +18,7 @@ namespace
 {
 constexpr int kEntryRole = Qt::UserRole;
 constexpr int kDetailLines = 6;
-constexpr int kWordLetters = 15, kPanelLetters = 46;
+constexpr int kWordLetters = 21, kPanelLetters = 50;
 
 constexpr struct {
     const char *name, *explanation;
