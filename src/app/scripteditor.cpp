@@ -28,6 +28,7 @@ ScriptEditor::ScriptEditor(FileBag *bag, RecentList *recent, QWidget *parent)
       recentFiles(recent), message(new QLabel), place(new QLabel), bar(new QProgressBar)
 {
     ui->setupUi(this);
+    setAnimated(false); // the reference is there at once
     pages[kScript].edit = ui->scriptEdit;
     pages[kPresets].edit = ui->presetsEdit;
     ui->findBar->hide();
