@@ -47,6 +47,7 @@ public:
             runner->target->inUse = wasInUse;
         runner->parser->log = oldLog;
         runner->parser->dispatcher = oldDispatcher;
+        runner->parser->releaseSpares(); // what user functions made their evaluations take
         --runner->depth;
     }
     Activity(const Activity &) = delete;
@@ -151,7 +152,6 @@ void ScriptRunner::cleanUp()
     setScriptDefaults(parser);
     parser->images = {};
     parser->statement = parser->presetStatements = parser->line = 0;
-    parser->releaseSpares();
     target = nullptr;
     internal = false;
     dropOldOrigin();

@@ -190,6 +190,16 @@ TEST_F(ScriptTest, NothingStaysAllocatedAndMissingMemoryIsNoCrash)
     }
 }
 
+TEST_F(ScriptTest, AnsweredLinesOfTheConsoleLeaveNoStacks)
+{
+    runner.begin(picture);
+    runner.runLine("f~\"v=func(g)\":g~\"w=1+1\"", nullptr);
+    const int64_t before = memRecord.currentBlocks;
+    runner.runLine("x=func(f)", nullptr);
+    EXPECT_EQ(memRecord.currentBlocks, before);
+    runner.end();
+}
+
 TEST_F(ScriptTest, StatementsOfAnyKindCannotHarm)
 {
     const QStringList words = {"x",
