@@ -85,10 +85,12 @@ double exParser::executeFunction(int opCode, double x, double y)
 double exParser::evaluate(const QString &text, bool *ok)
 {
     if (depth < int(stacks.size())) { // its tokens are scratch that is free
-        ExpressionProgram &program = stacks[size_t(depth)]->scratch;
-        program.text = text;
-        program.generation = 0;
-        return evaluate(&program, ok);
+        EvaluationStacks *own = stacks[size_t(depth)].get();
+        own->scratch.text = text;
+        own->scratch.generation = 0;
+        const double value = evaluate(&own->scratch, ok);
+        own->shrink();
+        return value;
     }
     ExpressionProgram program(text);
     return evaluate(&program, ok);

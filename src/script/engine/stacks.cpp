@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "script/engine/stacks.h"
 
+namespace
+{
+constexpr size_t kKeptTokens = 1024; ///< as much as any usual expression has
+} // namespace
+
 EvaluationStacks::EvaluationStacks()
     : parsing("parsing stack"), operators("operator stack"), deferred("deferred operator stack"),
       values("value stack"), values2("value2 stack"), strings("string  stack")
@@ -22,4 +27,13 @@ void EvaluationStacks::reset()
     values2.reset();
     strings.reset();
     qp.clear();
+}
+
+void EvaluationStacks::shrink()
+{
+    scratch.text.clear();
+    if (scratch.tokens.capacity() > kKeptTokens || scratch.scanned.size() > int(kKeptTokens))
+        scratch = ExpressionProgram();
+    if (qp.capacity() > kKeptTokens)
+        qp = {};
 }

@@ -84,6 +84,8 @@ struct EvaluationStacks {
     EvaluationStacks();
     bool ready() const;
     void reset();
+    /// Gives back what a long text made the scratch take.
+    void shrink();
 
     EvaluationStack<ParseState> parsing;
     EvaluationStack<OperatorRecord> operators;
