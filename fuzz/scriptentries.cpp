@@ -74,8 +74,9 @@ void prepare(exParser *parser, ScriptLog *log)
     parser->evaluate(QStringLiteral("dim(a,2,2)"), &ok);
 }
 
-/// Tokens and value of one expression; evaluated again as a kept program it is the same.
-void fuzzExparser(const uint8_t *data, size_t size)
+/// Calls `work` with a prepared parser and the input as text; nothing may stay in memory.
+template <class Work>
+void withParser(const uint8_t *data, size_t size, const Work &work)
 {
     const int64_t before = memRecord.currentBlocks;
     {
@@ -83,7 +84,15 @@ void fuzzExparser(const uint8_t *data, size_t size)
         SilentLog log;
         exParser parser;
         prepare(&parser, &log);
-        const QString text = inputText(data, size);
+        work(parser, inputText(data, size));
+    }
+    require(memRecord.currentBlocks == before, "tracked memory was lost");
+}
+
+/// Tokens and value of one expression; evaluated again as a kept program it is the same.
+void fuzzExparser(const uint8_t *data, size_t size)
+{
+    withParser(data, size, [](exParser &parser, const QString &text) {
         QStringList tokens;
         QList<int32_t> codes;
         parser.tokenize(text, &tokens, &codes);
@@ -97,20 +106,13 @@ void fuzzExparser(const uint8_t *data, size_t size)
         ExpressionProgram program(text);
         parser.evaluate(&program, &ok);
         parser.evaluate(&program, &ok);
-    }
-    require(memRecord.currentBlocks == before, "tracked memory was lost");
+    });
 }
 
 /// The text evaluator, the operand rule and the tokeniser behind the editor's colours.
 void fuzzScriptText(const uint8_t *data, size_t size)
 {
-    const int64_t before = memRecord.currentBlocks;
-    {
-        const ImpatientWorkspace space;
-        SilentLog log;
-        exParser parser;
-        prepare(&parser, &log);
-        const QString text = inputText(data, size);
+    withParser(data, size, [](exParser &parser, const QString &text) {
         QStringList tokens;
         QList<int> types;
         tokenizeText(parser, text, {QStringLiteral("exposure")}, &tokens, &types);
@@ -123,8 +125,7 @@ void fuzzScriptText(const uint8_t *data, size_t size)
             require(result.size() <= 80, "too long a result of a text function");
         fetchText(parser, text, &result);
         namedParameter(parser, text);
-    }
-    require(memRecord.currentBlocks == before, "tracked memory was lost");
+    });
 }
 
 /// A whole script with presets on a small picture with an undo record. It neither reads files

@@ -13,11 +13,24 @@
 
 namespace
 {
+/// What is written to a console, with an image or without one, and what it answers.
+struct Session {
+    const char *fault, *image, *input, *output;
+};
+
+void expectAnswers(const Session &session)
+{
+    SCOPED_TRACE(session.fault);
+    const QStringList images = QString(session.image).split(' ', Qt::SkipEmptyParts);
+    const ToolRun run = runInProcess(QStringList{"-i"} + images, session.input);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, session.output);
+    EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
+}
+
 TEST(Console, TranscriptsAreAnsweredInOrder)
 {
-    struct {
-        const char *fault, *image, *input, *output;
-    } const sessions[] = {
+    const Session sessions[] = {
         {"Samples", "new:3x2",
          ".size\n.pixel 2 1\n.poke 2 1 0 1 65534 65535\n.mask 2 1 7\n.pixel 2 1\n"
          ".pixel 0 0\n.fill 1 2 3 4\n.pixel 2 1\n.undo\n",
@@ -75,21 +88,13 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
          "failed: not a layered picture\n"},
         {"QuitEndsBeforeTheRest", "new:1x1", ".quit\n.size\n", ""},
         {"LastLineWithoutItsEnd", "new:1x1", ".size", "1 1\n"}};
-    for (const auto &session : sessions) {
-        SCOPED_TRACE(session.fault);
-        const QStringList images = QString(session.image).split(' ', Qt::SkipEmptyParts);
-        const ToolRun run = runInProcess(QStringList{"-i"} + images, session.input);
-        EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.out, session.output);
-        EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
-    }
+    for (const Session &session : sessions)
+        expectAnswers(session);
 }
 
 TEST(Console, StatementsAreOneRunOfTheLanguage)
 {
-    struct {
-        const char *fault, *image, *input, *output;
-    } const sessions[] = {
+    const Session sessions[] = {
         {"Values", "", "1+2*3\n1/3\nhypo(3,4)*2\n2 * (1 + 2)\n\"text\"\n",
          "9\n0.33333333333333331\n10\n6\n0\n"},
         {"SilentStatements", "", "x=2:t~\"a\"\nx = 3 : x\ntestscripting\n", "3\n"},
@@ -123,14 +128,8 @@ TEST(Console, StatementsAreOneRunOfTheLanguage)
          "9\n0\n0\n32767\n"},
         {"WithoutAnImage", "", "x=3\nexposure 10 0\nrect 0 0 1 1\nreadch(0,0,0)\nm_width\nx\n",
          "failed: there is no image\nfailed: there is no image\n0\n0\n3\n"}};
-    for (const auto &session : sessions) {
-        SCOPED_TRACE(session.fault);
-        const QStringList images = QString(session.image).split(' ', Qt::SkipEmptyParts);
-        const ToolRun run = runInProcess(QStringList{"-i"} + images, session.input);
-        EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.out, session.output);
-        EXPECT_EQ(memRecord.currentBlocks, 0) << "left in memory";
-    }
+    for (const Session &session : sessions)
+        expectAnswers(session);
 }
 
 TEST(Console, MessagesTellTheLineAndTheWordThatWasMeant)
