@@ -131,11 +131,6 @@ double fnInc(exParser &, double x)
     return x + 1.0;
 }
 
-double fnInt(exParser &, double x)
-{
-    return std::floor(x);
-}
-
 double fnLn(exParser &, double x)
 {
     return std::log(x);
@@ -320,11 +315,6 @@ double fnSum(FunctionCall &call)
 double fnAvg(FunctionCall &call)
 {
     return call.count > 0 ? fnSum(call) / call.count : 0;
-}
-
-double fnMean(FunctionCall &call)
-{
-    return fnAvg(call);
 }
 
 double fnCount(FunctionCall &call)

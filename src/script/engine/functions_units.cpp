@@ -14,11 +14,6 @@ constexpr double kMilliwatt = 0.001;
 constexpr double kImpedance = 50.0;                                ///< ohms of a receiver
 constexpr double kS1 = 120.96910013008056, kS9 = 72.9756257004598; ///< below 1 mW, in dB
 
-double frequencyToWave(double x)
-{
-    return x == 0.0 ? x : kLight / x;
-}
-
 double voltsToDbm(double volts, double impedance)
 {
     return 10.0 * std::log10(volts * volts / impedance / kMilliwatt);
@@ -27,20 +22,6 @@ double voltsToDbm(double volts, double impedance)
 double dbmToSunits(double d)
 {
     return d <= -kS9 ? (d + kS1) / 6.0 + 1.0 : (d + kS9) / 1000.0 + 9.0;
-}
-
-/// What parts side by side come to: one alone itself, any zero a zero.
-double inParallel(const FunctionCall &call)
-{
-    if (call.count == 1)
-        return call.a[0];
-    double sum = 0.0;
-    for (int i = 0; i < call.count; ++i) {
-        if (call.a[i] == 0.0)
-            return 0;
-        sum += 1.0 / call.a[i];
-    }
-    return call.count > 0 ? 1.0 / sum : 0;
 }
 } // namespace
 
@@ -104,7 +85,7 @@ double fnFtor(exParser &, double x)
 
 double fnFtow(exParser &, double x)
 {
-    return frequencyToWave(x);
+    return x == 0.0 ? x : kLight / x;
 }
 
 double fnGtod(exParser &, double x)
@@ -187,11 +168,6 @@ double fnWtod(exParser &, double x)
     return 10.0 * std::log10(x) + 30.0;
 }
 
-double fnWtof(exParser &, double x)
-{
-    return frequencyToWave(x);
-}
-
 // --- Temperature and levels ---------------------------------------------------------------
 
 double fnCtof(FunctionCall &call)
@@ -261,49 +237,24 @@ double fnSunits(FunctionCall &call)
 // --- Voltage e, current i, resistance r, power p ------------------------------------------
 // The count word of these rows is 2, and no call comes with less.
 
-double fnEitop(FunctionCall &call)
+double fnProduct(FunctionCall &call)
 {
     return call.a[0] * call.a[1];
 }
 
-double fnEitor(FunctionCall &call)
+double fnQuotient(FunctionCall &call)
 {
     return call.a[0] / call.a[1];
 }
 
-double fnEptor(FunctionCall &call)
+double fnSquareByOther(FunctionCall &call)
 {
     return call.a[0] * call.a[0] / call.a[1];
-}
-
-double fnErtoi(FunctionCall &call)
-{
-    return call.a[0] / call.a[1];
-}
-
-double fnErtop(FunctionCall &call)
-{
-    return call.a[0] * call.a[0] / call.a[1];
-}
-
-double fnIrtoe(FunctionCall &call)
-{
-    return call.a[0] * call.a[1];
 }
 
 double fnIrtop(FunctionCall &call)
 {
     return call.a[0] * call.a[0] * call.a[1];
-}
-
-double fnPetoi(FunctionCall &call)
-{
-    return call.a[0] / call.a[1];
-}
-
-double fnPitoe(FunctionCall &call)
-{
-    return call.a[0] / call.a[1];
 }
 
 double fnPitor(FunctionCall &call)
@@ -322,33 +273,18 @@ double fnPrtoe(FunctionCall &call)
 }
 
 // --- Parts in series and in parallel ------------------------------------------------------
+// In series resistors and inductors add up, in parallel capacitors do: see fnSum.
 
-double fnLser(FunctionCall &call)
+/// What parts side by side come to: one alone itself, any zero a zero.
+double fnInParallel(FunctionCall &call)
 {
-    return fnSum(call);
-}
-
-double fnRser(FunctionCall &call)
-{
-    return fnSum(call);
-}
-
-double fnCpar(FunctionCall &call)
-{
-    return fnSum(call);
-}
-
-double fnLpar(FunctionCall &call)
-{
-    return inParallel(call);
-}
-
-double fnRpar(FunctionCall &call)
-{
-    return inParallel(call);
-}
-
-double fnCser(FunctionCall &call)
-{
-    return inParallel(call);
+    if (call.count == 1)
+        return call.a[0];
+    double sum = 0.0;
+    for (int i = 0; i < call.count; ++i) {
+        if (call.a[i] == 0.0)
+            return 0;
+        sum += 1.0 / call.a[i];
+    }
+    return call.count > 0 ? 1.0 / sum : 0;
 }
