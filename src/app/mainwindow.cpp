@@ -32,7 +32,6 @@
 namespace
 {
 constexpr size_t kPolyPoints = 256032;
-constexpr size_t kColorSpaceBytes = 2097152; ///< one bit per 24-bit colour
 constexpr int kTimerOneMs = 50;
 constexpr int kTimerTwoMs = 5;
 constexpr int kGuessedTitleBar = 32; ///< until the window manager has placed a window
@@ -117,8 +116,7 @@ MainWindow::MainWindow()
     customIcons = storedTexts(*store, QStringLiteral("customIcons"));
     applyToolIcons();
 
-    ucalloc(&colorSpace, kColorSpaceBytes, 1, "colorSpace");
-    ucalloc(&colorSpaceBackup, kColorSpaceBytes, 1, "colorSpaceBackup");
+    ensureColorSpace();
     updateMenus();
 }
 
@@ -144,8 +142,6 @@ MainWindow::~MainWindow()
     }
     table.reset();
     blendState.reset();
-    upfree(&colorSpaceBackup);
-    upfree(&colorSpace);
     upfree(&inotePolyList);
 }
 

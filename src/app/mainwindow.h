@@ -371,8 +371,6 @@ private:
     bool areaStale = true;
 
     void *inotePolyList = nullptr;
-    void *colorSpace = nullptr;
-    void *colorSpaceBackup = nullptr;
 
     FileBag scriptPresetsFileBag, imageFileBag, kbdConfigFileBag, animFileBag, scriptFileBag,
         saveFileBag, paletteFileBag, scriptColorsFileBag, convolutionsFileBag, jsonFileBag,

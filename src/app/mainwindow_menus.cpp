@@ -95,13 +95,14 @@ void MainWindow::buildOperatorMenu()
     std::array<QMenu *, std::size(kGroupNames)> menus = {};
     for (OpWrapper *op : table->operators()) {
         const int group = op->group;
-        if (!op->self || group < 0 || group >= int(menus.size()))
+        if (group < 0 || group >= int(menus.size()))
             continue;
         if (!menus[group])
             menus[group] = new QMenu(tr(kGroupNames[group]), ui->menuOperators);
         QAction *action = menus[group]->addAction(op->menuName);
         action->setCheckable(true);
         action->setData(op->id);
+        action->setEnabled(op->self != nullptr);
         operatorGroup->addAction(action);
     }
     for (QMenu *menu : menus)

@@ -50,50 +50,41 @@ KESTRANE_ALWAYS_INLINE Rgb hsvToRgb(Hsv c)
     return {second, bottom, first};
 }
 
-/// Hue in six sectors, by the channel that is the maximum: red before green before blue.
+/// The hue is that of rgbToHsv. Lightness 50 is the turning point of the saturation.
 KESTRANE_ALWAYS_INLINE Hsl rgbToHsl(Rgb c)
 {
     const double most = greater(greater(c.red, c.green), c.blue);
     const double least = lesser(lesser(c.red, c.green), c.blue);
-    const double sum = most + least;
-    const double span = most - least;
-    const double lightness = sum * 100.0 / 131070.0;
-    if (span == 0.0)
-        return {0.0, 0.0, lightness};
-    double hue;
-    if (most == c.red)
-        hue = (c.green - c.blue) * 60.0 / span;
-    else if (most == c.green)
-        hue = (c.blue - c.red) * 60.0 / span + 120.0;
-    else
-        hue = (c.red - c.green) * 60.0 / span + 240.0;
-    const double saturation =
-        lightness < 50.0 ? 100.0 * span / sum : 100.0 * span / (131070.0 - most - least);
-    return {hue < 0.0 ? hue + 360.0 : hue, saturation, lightness};
+    const double lightness = (most + least) * 100.0 / 131070.0;
+    const double full = lightness < 50.0 ? most + least : 131070.0 - most - least;
+    // Without a span the saturation is 0, also where its divisor is.
+    const double saturation = 100.0 * (most - least) / (most == least ? 1.0 : full);
+    return {inlined::rgbToHsv(c).hue, saturation, lightness};
 }
 
+/// The six branches of hsvToRgb between the smallest and the largest channel that lightness
+/// and saturation stand for.
 KESTRANE_ALWAYS_INLINE Rgb hslToRgb(Hsl c)
 {
+    const double h = c.hue;
     const double sum = c.lightness * 131070.0 / 100.0;
     const double span = c.saturation * (c.lightness < 50.0 ? sum : 131070.0 - sum) / 100.0;
     const double least = (sum - span) / 2.0;
     const double top = clampSampleValue((sum + span) / 2.0);
     const double bottom = clampSampleValue(least);
-    const double h = c.hue;
-    const auto between = [least, span](double share) KESTRANE_INLINE_LAMBDA {
-        return clampSampleValue(least + span * share / 60.0);
-    };
-    if (h < 60.0)
-        return {top, between(h), bottom};
-    if (h < 120.0)
-        return {between(120.0 - h), top, bottom};
-    if (h < 180.0)
-        return {bottom, top, between(h - 120.0)};
-    if (h < 240.0)
-        return {bottom, between(240.0 - h), top};
-    if (h < 300.0)
-        return {between(h - 240.0), bottom, top};
-    return {top, bottom, between(360.0 - h)};
+    const double start = h <= 120.0 ? 0.0 : h <= 240.0 ? 120.0 : 240.0;
+    const double after = h - start;
+    const double before = start + 120.0 - h;
+    const bool early = after <= 60.0;
+    const double part = span * (early ? after : before) / (early ? before : after);
+    const double x = clampSampleValue(least + part);
+    const double first = early ? top : x;
+    const double second = early ? x : top;
+    if (h <= 120.0)
+        return {first, second, bottom};
+    if (h <= 240.0)
+        return {bottom, first, second};
+    return {second, bottom, first};
 }
 
 KESTRANE_ALWAYS_INLINE Yrb rgbToYrb(Rgb c)

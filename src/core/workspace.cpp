@@ -28,6 +28,8 @@ Workspace::Workspace()
 
 Workspace::~Workspace()
 {
+    upfree(&colorSpaceBackup);
+    upfree(&colorSpace);
     upfree(&colorMapBlue);
     upfree(&colorMapGreen);
     upfree(&colorMapRed);
@@ -51,6 +53,15 @@ bool Workspace::buildTables()
             cvt8to32[i] = uint32_t(i) * 0x01010101U;
     }
     return complete;
+}
+
+bool Workspace::ensureColorSpace()
+{
+    if (!colorSpace)
+        ucalloc(&colorSpace, kColorSpaceBytes, 1, "colorSpace");
+    if (!colorSpaceBackup)
+        ucalloc(&colorSpaceBackup, kColorSpaceBytes, 1, "colorSpaceBackup");
+    return colorSpace && colorSpaceBackup;
 }
 
 void Workspace::giveSerial(image *img)

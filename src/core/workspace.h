@@ -51,6 +51,13 @@ public:
     uint16_t *colorMapRed = nullptr; ///< look-up tables of the tone operators
     uint16_t *colorMapGreen = nullptr;
     uint16_t *colorMapBlue = nullptr;
+    /// A set of colours, one bit each, which Sample gathers and Key to Colorspace takes; and
+    /// the set as it was before the last Sample. Made when first needed.
+    uint8_t *colorSpace = nullptr;
+    uint8_t *colorSpaceBackup = nullptr;
+    static constexpr size_t kColorSpaceBytes = 2097152;
+    /// False if memory is short.
+    bool ensureColorSpace();
 
     // --- Settings (see settings() for their keys and defaults) --------------------------
     int maxUndos = 10;
@@ -87,6 +94,14 @@ public:
     bool selectMode = false;
     bool thumbnail = true; ///< the preview shows the whole image
     bool opsX2Preview = false;
+    bool splitView = false;            ///< "Before | after" in the current image window
+    int splitPlace = 50;               ///< of its border, in per cent of the window's width
+    int histogramChannel = 0;          ///< 0 all colours, 1 red, 2 green, 3 blue, 4 luma
+    bool histogramLog = false;         ///< the histogram's height is logarithmic
+    bool confirmClearScript = true;    ///< "Clear Script" asks before it erases
+    bool showBuiltScript = false;      ///< a line built from an operator shows the Script page
+    bool favoritesShown = false;       ///< the panel of favourite operators
+    int dropperSize = 5;               ///< side of the square that the eyedropper reads
     int mainOpIndex = 0;                          ///< id of the current operator, 0 for none
     int foreRed = 0, foreGreen = 0, foreBlue = 0; ///< 16-bit components
     int backRed = 65535, backGreen = 65535, backBlue = 65535; ///< 16-bit components

@@ -70,7 +70,7 @@ protected:
     {
         auto op = std::make_unique<Witness>(&table);
         Witness *seen = op.get();
-        table.add(id, kGroupMeta, "witness", "Witness", "", std::move(op));
+        table.add({id, kGroupMeta, "witness", "Witness", "", "", nullptr}, std::move(op));
         table.currentOp = id;
         return seen;
     }
@@ -154,7 +154,7 @@ TEST_F(OpBase, SettingsComeBackAndHostileOnesAreIgnored)
         other.settings(false);
         EXPECT_EQ(read->amount, -32) << text;
     }
-    table.add(63, kGroupMeta, "notations", "Notations", "", nullptr); // no memory
+    table.add({63, kGroupMeta, "notations", "Notations", "", "", nullptr}, nullptr); // no memory
     EXPECT_EQ(table.byId(63), nullptr);
 }
 

@@ -5,7 +5,6 @@
 
 Negative::Negative(OperatorTable *table) : DeclaredOp(table)
 {
-    usageLine = QStringLiteral("negative has no parameters");
     hotkeyKey = QStringLiteral("NegativeHotkey");
 }
 

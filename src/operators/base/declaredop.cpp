@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/base/declaredop.h"
 
+#include "core/workspace.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/oppage.h"
 #include "script/engine/expression.h"
@@ -146,9 +147,73 @@ void DeclaredOp::declare(OpParameter parameter)
     declared.push_back(std::move(parameter));
 }
 
-QString DeclaredOp::usage() const
+void DeclaredOp::declareWell(const char *label, int *red, int *green, int *blue)
 {
-    return QString(usageLine).replace(QLatin1String("%1"), scriptName);
+    wells.push_back({label, red, green, blue});
+}
+
+bool DeclaredOp::setParameter(const QString &key, const QString &value)
+{
+    for (const OpParameter &parameter : declared) {
+        if (key != QLatin1String(parameter.key))
+            continue;
+        bool ok = false;
+        const double number = value.toDouble(&ok);
+        if (!ok || !inRange(parameter, number))
+            return false;
+        setField(parameter, number);
+        showFields();
+        return true;
+    }
+    return false;
+}
+
+QString DeclaredOp::parameterText(const QString &key) const
+{
+    for (const OpParameter &parameter : declared)
+        if (key == QLatin1String(parameter.key))
+            return fieldText(parameter);
+    return QString();
+}
+
+QString DeclaredOp::helpRows() const
+{
+    QString rows;
+    int place = 0;
+    for (const OpParameter &parameter : declared) {
+        const QString number = parameter.inScriptLine ? QString::number(++place) : QString();
+        rows += QStringLiteral("<tr><td>%1</td><td>%2</td><td>%3</td><td>%4</td></tr>\n")
+                    .arg(translated(parameter.control.label).toHtmlEscaped(), rangeText(parameter),
+                         initialText(parameter), number);
+    }
+    return rows;
+}
+
+QString DeclaredOp::translated(const char *source) const
+{
+    return QCoreApplication::translate(metaObject()->className(), source);
+}
+
+/// What can be chosen, in a person's words.
+QString DeclaredOp::rangeText(const OpParameter &parameter) const
+{
+    if (parameter.control.kind == Kind::Check)
+        return QCoreApplication::translate("DeclaredOp", "0 off, 1 on");
+    if (parameter.control.kind == Kind::Combo) {
+        QStringList names;
+        for (size_t i = 0; i < parameter.control.choices.size(); ++i)
+            names << QStringLiteral("%1 %2").arg(QString::number(int(i) + int(parameter.low)),
+                                                 translated(parameter.control.choices[i]));
+        return names.join(QStringLiteral(", ")).toHtmlEscaped();
+    }
+    if (!hasRange(parameter))
+        return QCoreApplication::translate("DeclaredOp", "any number");
+    return QStringLiteral("%1 … %2").arg(numberText(parameter.low), numberText(parameter.high));
+}
+
+QString DeclaredOp::initialText(const OpParameter &parameter) const
+{
+    return numberText(parameter.initial);
 }
 
 void DeclaredOp::reset()
@@ -234,6 +299,7 @@ int DeclaredOp::changed(OpControl::Kind kind, int index, double value)
         return 0;
     if (inRange(*parameter, value))
         setField(*parameter, value);
+    showWells();
     return 1;
 }
 
@@ -264,9 +330,7 @@ int DeclaredOp::checkbox(int index, bool state)
 
 void DeclaredOp::addControl(OpPage *page, const OpParameter &parameter) const
 {
-    const auto text = [this](const char *source) {
-        return QCoreApplication::translate(metaObject()->className(), source);
-    };
+    const auto text = [this](const char *source) { return translated(source); };
     const OpControl &control = parameter.control;
     const double value = fieldValue(parameter);
     const auto [low, high] = controlLimits(parameter);
@@ -307,11 +371,32 @@ void DeclaredOp::build(OpPage *page)
         return;
     for (const OpParameter &parameter : declared)
         addControl(page, parameter);
+    for (const Well &well : wells) {
+        page->addLabel(translated(well.label), OpPage::LabelAlign::Left, false);
+        page->addWell(*well.red * 257, *well.green * 257, *well.blue * 257, true);
+    }
+}
+
+int DeclaredOp::colorwell(int index, int value)
+{
+    if (index < 0 || index >= int(wells.size()))
+        return 0;
+    const Well &well = wells[size_t(index)];
+    *well.red = value >> 16 & 255;
+    *well.green = value >> 8 & 255;
+    *well.blue = value & 255;
+    showFields();
+    return 1;
+}
+
+OpPage *DeclaredOp::ownPage() const
+{
+    return ops && ops->current() == this ? ops->page : nullptr;
 }
 
 void DeclaredOp::showFields()
 {
-    OpPage *page = ops && ops->current() == this ? ops->page : nullptr;
+    OpPage *page = ownPage();
     if (!page)
         return;
     int next[6] = {}; // per kind: the index of its next control
@@ -337,4 +422,12 @@ void DeclaredOp::showFields()
             page->setCheck(index, value != 0);
         }
     }
+    showWells();
+}
+
+void DeclaredOp::showWells()
+{
+    OpPage *page = ownPage();
+    for (size_t i = 0; page && i < wells.size(); ++i)
+        page->setWell(int(i), *wells[i].red * 257, *wells[i].green * 257, *wells[i].blue * 257);
 }

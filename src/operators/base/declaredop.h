@@ -34,7 +34,8 @@ struct OpParameter {
 };
 
 /// An operator whose controls, reset, settings, script line and script call follow from
-/// its declared parameters. A subclass sets usageLine, declares, and writes apply.
+/// its declared parameters. A subclass declares and writes apply; its usage line stands in
+/// the table.
 class DeclaredOp : public OpWrapper
 {
     Q_OBJECT
@@ -54,22 +55,38 @@ public:
     void build(OpPage *page) override;
 
     const std::vector<OpParameter> &parameters() const { return declared; }
-    /// The usage line to the letter, "%1" standing for the script name.
-    QString usage() const;
+    bool setParameter(const QString &key, const QString &value) override;
+    QString parameterText(const QString &key) const override;
+    QString helpRows() const override;
+    int colorwell(int index, int value) override;
 
 protected:
     /// Adds a parameter and gives its field the initial value.
     void declare(OpParameter parameter);
-    QString usageLine;
     QString hotkeyKey; ///< settings key of the hotkey, for instance "ExposureHotkey"
+
+    /// Adds a colour well, after all other controls, that shows three parameters of 0 to 255
+    /// as a colour and sets them to the one picked.
+    void declareWell(const char *label, int *red, int *green, int *blue);
 
     /// Shows the fields in the controls if this is the current operator's page.
     void showFields();
+    /// The page while it shows this operator, else null.
+    OpPage *ownPage() const;
 
 private:
     const OpParameter *ofKind(OpControl::Kind kind, int index) const;
     int changed(OpControl::Kind kind, int index, double value);
     void addControl(OpPage *page, const OpParameter &parameter) const;
+    QString translated(const char *source) const;
+    QString rangeText(const OpParameter &parameter) const;
+    QString initialText(const OpParameter &parameter) const;
+    void showWells();
 
+    struct Well {
+        const char *label;
+        int *red, *green, *blue;
+    };
     std::vector<OpParameter> declared;
+    std::vector<Well> wells;
 };

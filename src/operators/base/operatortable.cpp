@@ -6,12 +6,15 @@
 #include "core/rows.h"
 #include "core/undo.h"
 #include "core/workspace.h"
+#include "operators/base/oppage.h"
 #include "operators/base/opwrapper.h"
 
 #include <QDebug>
 
 #include <algorithm>
 #include <array>
+#include <new>
+#include <utility>
 
 namespace
 {
@@ -92,18 +95,27 @@ OperatorTable::OperatorTable() : prefix(QStringLiteral("operator")) {}
 
 OperatorTable::~OperatorTable() = default;
 
-void OperatorTable::add(int id, int group, const char *scriptName, const char *menuName,
-                        const char *helpPage, std::unique_ptr<OpWrapper> op)
+void OperatorTable::add(const Row &row)
+{
+    const bool empty = !row.make;
+    add(row,
+        empty ? std::unique_ptr<OpWrapper>(new (std::nothrow) OpWrapper(this)) : row.make(this));
+    if (empty && !opList.empty() && opList.back()->id == row.id)
+        opList.back()->self = nullptr;
+}
+
+void OperatorTable::add(const Row &row, std::unique_ptr<OpWrapper> op)
 {
     if (!op) {
         qDebug() << "operator list allocation failed";
         return;
     }
-    op->id = id;
-    op->group = group;
-    op->scriptName = QString::fromUtf8(scriptName);
-    op->menuName = QString::fromUtf8(menuName);
-    op->helpPage = QString::fromUtf8(helpPage);
+    op->id = row.id;
+    op->group = row.group;
+    op->scriptName = QString::fromUtf8(row.scriptName);
+    op->menuName = QString::fromUtf8(row.menuName);
+    op->helpPage = QString::fromUtf8(row.helpPage);
+    op->usageLine = QString::fromUtf8(row.usageLine);
     op->self = op.get();
     opList.push_back(op.get());
     owned.push_back(std::move(op));
@@ -120,7 +132,7 @@ OpWrapper *OperatorTable::byId(int id) const
 OpWrapper *OperatorTable::byScriptName(const QString &name) const
 {
     for (OpWrapper *op : opList)
-        if (op->scriptName == name)
+        if (op->self && op->scriptName == name)
             return op;
     return nullptr;
 }
@@ -152,10 +164,13 @@ void OperatorTable::apply(image *target, bool fromWindow)
     if (target->kind == 1 && !allowedOnMaster(id))
         return;
     const bool internal = isInternal(target);
+    const bool observed = applyObserver && !internal && !inPreview;
     if (internal && (id == kMeasure || id == kSample))
         return;
     if (!internal)
         lastOp = id;
+    if (observed)
+        applyObserver(target, id, true);
     if (recordsUndo(id)) {
         beginAct(target);
         target->changed = true;
@@ -169,7 +184,11 @@ void OperatorTable::apply(image *target, bool fromWindow)
     }
     if (fromWindow)
         tellViews(target, master, id != kSample && id != kCenterDefine);
+    if (id == kSample)
+        comeBack();
     finish(target, id);
+    if (observed)
+        applyObserver(target, id, false);
 }
 
 void OperatorTable::finish(image *target, int id)
@@ -189,10 +208,49 @@ void OperatorTable::prepareAndApply(image *target, bool fromWindow)
 {
     if (!Workspace::validImage(target))
         return;
+    shapeMask(target);
+    apply(target, fromWindow);
+}
+
+void OperatorTable::shapeMask(image *target)
+{
     diffuseMask(target);
     if (workspace() && workspace()->invertSelection)
         target->invertMask();
-    apply(target, fromWindow);
+}
+
+/// From Sample to the operator that sent for its statistics.
+void OperatorTable::comeBack()
+{
+    const int wanted = std::exchange(returnOp, 0);
+    if (wanted == 0)
+        return;
+    if (page)
+        page->chooseOperator(wanted);
+    else
+        currentOp = wanted;
+}
+
+bool OperatorTable::setParameter(const QString &key, const QString &value)
+{
+    if (!key.startsWith(prefix))
+        return false;
+    const QString own = key.mid(prefix.size());
+    return std::any_of(opList.begin(), opList.end(),
+                       [&](OpWrapper *op) { return op->self && op->setParameter(own, value); });
+}
+
+QString OperatorTable::parameterText(const QString &key) const
+{
+    if (!key.startsWith(prefix))
+        return QString();
+    const QString own = key.mid(prefix.size());
+    for (const OpWrapper *op : opList) {
+        const QString text = op->self ? op->parameterText(own) : QString();
+        if (!text.isNull())
+            return text;
+    }
+    return QString();
 }
 
 void OperatorTable::mix(image *target, double amount)
@@ -219,5 +277,6 @@ void OperatorTable::settings(bool save)
     if (!store)
         return;
     for (OpWrapper *op : opList)
-        op->settings(save);
+        if (op->self)
+            op->settings(save);
 }

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -17,14 +18,23 @@ class OperatorTable
 {
 public:
     OperatorTable();
+    /// What the table says of an operator. A row whose `make` is null stands in the list
+    /// without an operator: nothing can select, call or apply it.
+    struct Row {
+        int id, group;
+        const char *scriptName, *menuName, *helpPage;
+        const char *usageLine; ///< to the letter, "%1" for the script name; "" without one
+        std::unique_ptr<OpWrapper> (*make)(OperatorTable *table);
+    };
     /// Adds one row; rows are added in id order.
-    void add(int id, int group, const char *scriptName, const char *menuName, const char *helpPage,
-             std::unique_ptr<OpWrapper> op);
+    void add(const Row &row);
+    void add(const Row &row, std::unique_ptr<OpWrapper> op);
 
     ~OperatorTable();
 
     const std::vector<OpWrapper *> &operators() const { return opList; }
     OpWrapper *byId(int id) const;
+    /// Operators that can be called, by the first word of a script line.
     OpWrapper *byScriptName(const QString &name) const;
     OpWrapper *current() const { return byId(currentOp); }
 
@@ -33,6 +43,16 @@ public:
     void apply(image *target, bool fromWindow);
     /// Shapes the mask by the blend curve, inverts it if that is set, then applies.
     void prepareAndApply(image *target, bool fromWindow);
+    /// What prepareAndApply does to the mask before the operator runs.
+    static void shapeMask(image *target);
+
+    /// One parameter of any operator by its whole settings key, "operatorExposure" for
+    /// instance; see OpWrapper::setParameter.
+    bool setParameter(const QString &key, const QString &value);
+    QString parameterText(const QString &key) const;
+
+    /// Called before (begins true) and after each Apply to a picture, which is no preview.
+    std::function<void(image *target, int id, bool begins)> applyObserver;
 
     /// Mixes the picture before the present act, which is the newest undo entry, with the
     /// present one: `amount` per cent of the present samples, in all four colour planes and
@@ -52,6 +72,7 @@ public:
 
     int currentOp = 0; ///< id of the current operator, 0 for none
     int lastOp = 0;    ///< id of the last operator applied to a real image
+    int returnOp = 0;  ///< the operator that comes back once Sample was applied; 0: none
     QString prefix;    ///< "operator": start of all settings keys
     bool inPreview = false;
     bool suppressOnce = false;
@@ -66,6 +87,7 @@ public:
 
 private:
     void finish(image *target, int id);
+    void comeBack();
 
     std::vector<std::unique_ptr<OpWrapper>> owned;
     std::vector<OpWrapper *> opList;

@@ -80,3 +80,25 @@ bool OpWrapper::readArguments(int, const QStringList &, QString *usage)
 }
 
 void OpWrapper::build(OpPage *) {}
+
+void OpWrapper::curveEdited() {}
+
+bool OpWrapper::setParameter(const QString &, const QString &)
+{
+    return false;
+}
+
+QString OpWrapper::parameterText(const QString &) const
+{
+    return QString();
+}
+
+QString OpWrapper::helpRows() const
+{
+    return QString();
+}
+
+QString OpWrapper::usage() const
+{
+    return QString(usageLine).replace(QLatin1String("%1"), scriptName);
+}

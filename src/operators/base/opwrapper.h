@@ -65,6 +65,20 @@ public:
 
     /// Describes the operator's controls to the page of the dialog.
     virtual void build(OpPage *page);
+    /// The curve that the page edits was changed by hand.
+    virtual void curveEdited();
+
+    /// One parameter by its settings key without the prefix, from text and as text: for the
+    /// command line and for scripts that set what their operators have no word for. False or a
+    /// null text for an unknown key; false, with nothing changed, for a bad value.
+    virtual bool setParameter(const QString &key, const QString &value);
+    virtual QString parameterText(const QString &key) const;
+
+    /// Rows of a table for the manual page, in mark-up: each parameter's label, its range, its
+    /// first value and its place in the script line. Empty without parameters.
+    virtual QString helpRows() const;
+    /// The usage line to the letter; empty for an operator without one.
+    QString usage() const;
 
     int32_t id = -1;
     int32_t group = 0;
@@ -73,6 +87,7 @@ public:
     QString hotkey;
     bool scriptable = false;
     OpWrapper *self = nullptr; ///< set by the table; null means there is no operator
+    QString usageLine;         ///< set by the table; "%1" stands for the script name
 
     OperatorTable *ops;
     QString helpPage; ///< for instance "opexposure.html"

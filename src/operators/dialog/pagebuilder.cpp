@@ -89,7 +89,7 @@ void PageBuilder::clear()
     valueLabels = {};
     rows.clear();
     row = 0;
-    labelCount = 0;
+    labels.clear();
     pendingLabel = nullptr;
     lastControl = tabStart;
     page = new QWidget;
@@ -136,7 +136,8 @@ void PageBuilder::place(QWidget *control, const QString &name, int stretch, bool
 QLabel *PageBuilder::makeLabel(const QString &text)
 {
     auto *label = new QLabel(text, page);
-    label->setObjectName(QStringLiteral("label%1").arg(labelCount++));
+    label->setObjectName(QStringLiteral("label%1").arg(labels.size()));
+    labels.push_back(label);
     return label;
 }
 
@@ -249,7 +250,7 @@ int PageBuilder::addButton(const QString &text, bool advance)
 int PageBuilder::addLabel(const QString &text, LabelAlign align, bool advance)
 {
     QLabel *label = makeLabel(text);
-    const int index = labelCount - 1;
+    const int index = int(labels.size()) - 1;
     const Qt::Alignment side = align == LabelAlign::Right    ? Qt::AlignRight
                                : align == LabelAlign::Centre ? Qt::AlignHCenter
                                                              : Qt::AlignLeft;
@@ -363,6 +364,44 @@ void PageBuilder::setCodeEditor(int index, const QString &text)
         const QSignalBlocker quiet(editor);
         editor->replaceText(text);
     }
+}
+
+void PageBuilder::setWell(int index, int red, int green, int blue)
+{
+    if (index >= 0 && index < int(wells.size()))
+        wells[size_t(index)]->setColor16(red, green, blue);
+}
+
+void PageBuilder::setLabel(int index, const QString &text)
+{
+    if (index >= 0 && index < int(labels.size()))
+        labels[size_t(index)]->setText(text);
+}
+
+int PageBuilder::addRangeStrip(std::function<uint32_t(double)>)
+{
+    return -1;
+}
+
+int PageBuilder::addCurve(ToneCurve *)
+{
+    return -1;
+}
+
+void PageBuilder::setRangeStrip(int) {}
+
+void PageBuilder::setCurve(int) {}
+
+void PageBuilder::chooseOperator(int id)
+{
+    dialog->selectOperator(id);
+}
+
+void PageBuilder::armEyedropper() {}
+
+QString PageBuilder::askFile(const QString &, const QString &, bool)
+{
+    return QString();
 }
 
 void PageBuilder::alignLabels()

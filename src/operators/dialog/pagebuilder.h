@@ -81,6 +81,8 @@ public:
     int addEditor(const QString &text) override;
     int addCodeEditor(const QString &text) override;
     int addWell(int red, int green, int blue, bool advance) override;
+    int addRangeStrip(std::function<uint32_t(double place)> colourAt) override;
+    int addCurve(ToneCurve *curve) override;
 
     void setSlider(int index, int value) override;
     void setIntSpin(int index, int value) override;
@@ -89,6 +91,14 @@ public:
     void setCheck(int index, bool state) override;
     void setLine(int index, const QString &text) override;
     void setCodeEditor(int index, const QString &text) override;
+    void setWell(int index, int red, int green, int blue) override;
+    void setLabel(int index, const QString &text) override;
+    void setRangeStrip(int index) override;
+    void setCurve(int index) override;
+
+    void chooseOperator(int id) override;
+    void armEyedropper() override;
+    QString askFile(const QString &title, const QString &filter, bool save) override;
 
     // The pools, for the slots that pass a widget on and for tests.
     WidgetPool<QPushButton, 8> buttons;
@@ -101,6 +111,7 @@ public:
     WidgetPool<QPlainTextEdit, 1> editors;
     WidgetPool<CodeEdit, 1> codeEditors;
     std::vector<ColorWell *> wells;
+    std::vector<QLabel *> labels;
 
 private:
     struct ValueLabel {
@@ -132,6 +143,5 @@ private:
     std::vector<QHBoxLayout *> rows;
     int row = 0;
     QLabel *pendingLabel = nullptr; ///< waits for the control that it names
-    int labelCount = 0;
     std::array<ValueLabel, 6> valueLabels;
 };

@@ -6,7 +6,6 @@
 
 Exposure::Exposure(OperatorTable *table) : DeclaredOp(table)
 {
-    usageLine = QStringLiteral("exposure [Amount=-100...100] [Mode=0...1]");
     hotkeyKey = QStringLiteral("ExposureHotkey");
     declare({.field = &amount,
              .key = "Exposure",

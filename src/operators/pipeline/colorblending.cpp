@@ -14,6 +14,8 @@ constexpr double kDissolveLow = 0.007812619211108568; // 512 / 65535
 constexpr double kDissolveHigh = 0.9921873807888915;  // 65023 / 65535
 constexpr int kTableSize = 256;
 
+colorblending *newest = nullptr;
+
 /// Mixes a square with the old value.
 double rootMix(double square, double a, double t)
 {
@@ -40,16 +42,25 @@ double multiplied(double a, double b, double t)
 }
 } // namespace
 
-colorblending::colorblending() : blendMode(workspace() ? workspace()->blendMode : ownMode)
+colorblending::colorblending()
+    : blendMode(workspace() ? workspace()->blendMode : ownMode)
 {
+    newest = this;
     seedRandom15(1);
     initcolors();
 }
 
 colorblending::~colorblending()
 {
+    if (newest == this)
+        newest = nullptr;
     for (double *&table : tables)
         upfree(&table);
+}
+
+colorblending *colorblending::current()
+{
+    return newest;
 }
 
 /// Factors of a byte, their complements and roots. blend works from its operands alone;

@@ -27,6 +27,8 @@ public:
     /// The workspace of this moment must outlive the object.
     colorblending();
     ~colorblending();
+    /// The newest one that still stands, or null.
+    static colorblending *current();
     colorblending(const colorblending &) = delete;
     colorblending &operator=(const colorblending &) = delete;
 

@@ -13,7 +13,8 @@ void overSpans(image *target, const std::function<void(const MixSpan &)> &kernel
     parallelRows(target->height, target->width, [&](int first, int end) {
         const ptrdiff_t start = ptrdiff_t(first) * target->width;
         kernel(MixSpan{target->red + start, target->green + start, target->blue + start,
-                       target->gmask + start, ptrdiff_t(end - first) * target->width});
+                       target->gmask + start, ptrdiff_t(end - first) * target->width,
+                       target->alpha + start});
     });
 }
 

@@ -9,6 +9,13 @@ int random15()
     return (std::rand() >> 16) & 0x7fff;
 }
 
+RandomAside::RandomAside() : workState(initstate(1, ownState, sizeof ownState)) {}
+
+RandomAside::~RandomAside()
+{
+    setstate(workState);
+}
+
 void seedRandom15(uint32_t seed)
 {
     std::srand(seed);

@@ -22,21 +22,27 @@ KESTRANE_ALWAYS_INLINE Weight weightOf(const uint16_t *mask, ptrdiff_t count)
     return any == 0 ? Weight::None : all == 65535 ? Weight::Full : Weight::Soft;
 }
 
-/// Calls work(block, weight) for blocks of a span, but for those of no weight. There the
-/// mix is c * 1 + result * 0, which with a finite result is c itself: keeping it gives the
-/// same bits. Blocks are long enough for full vectors and short enough to find the runs
-/// of a real selection.
+constexpr ptrdiff_t kBlock = 256; ///< long enough for vectors, short enough to find runs
+
+/// Calls work(block, weight) for all blocks of a span.
 template <class Work>
-KESTRANE_ALWAYS_INLINE void overBlocks(const MixSpan &span, const Work &work)
+KESTRANE_ALWAYS_INLINE void overAllBlocks(const MixSpan &span, const Work &work)
 {
-    constexpr ptrdiff_t kBlock = 256;
     for (ptrdiff_t at = 0; at < span.count; at += kBlock) {
         const ptrdiff_t rest = span.count - at;
         const ptrdiff_t count = rest < kBlock ? rest : kBlock;
-        const Weight weight = weightOf(span.mask + at, count);
-        if (weight != Weight::None)
-            work(MixSpan{span.red + at, span.green + at, span.blue + at, span.mask + at, count},
-                 weight);
+        work(span.part(at, count), weightOf(span.mask + at, count));
     }
+}
+
+/// The same, but for blocks of no weight. There the linear mix is c * 1 + result * 0, which
+/// with a finite result is c itself: keeping it gives the same bits.
+template <class Work>
+KESTRANE_ALWAYS_INLINE void overBlocks(const MixSpan &span, const Work &work)
+{
+    overAllBlocks(span, [&work](const MixSpan &block, Weight weight) KESTRANE_INLINE_LAMBDA {
+        if (weight != Weight::None)
+            work(block, weight);
+    });
 }
 } // namespace inlined

@@ -96,7 +96,7 @@ protected:
     {
         auto made = std::make_unique<Op>(&table);
         Op *op = made.get();
-        table.add(id, 0, name, name, "", std::move(made));
+        table.add({id, 0, name, name, "", "", nullptr}, std::move(made));
         return op;
     }
     template <class Widget>
