@@ -318,12 +318,13 @@ void blendBlock(const MixSpan &block, const ResultBlock &results, const BlendPas
 void lookupSpan(const MixSpan &span, const LookupTables &tables, const BlendPass &pass)
 {
     const bool keeps = pass.keepsUnselected();
+    const bool plain = pass.mode == kBlendMatte && !pass.skipsUnseen && !pass.throughAlpha;
     inlined::overAllBlocks(
         span, [&](const MixSpan &block, inlined::Weight weight) KESTRANE_INLINE_LAMBDA {
             if (keeps && weight == inlined::Weight::None)
                 return;
             // The mix of squares at full weight is the root of the new sample's square.
-            if (pass.mode == kBlendMatte && weight == inlined::Weight::Full) {
+            if (plain && weight == inlined::Weight::Full) {
                 replace(tables.red, block.red, block.count);
                 replace(tables.green, block.green, block.count);
                 replace(tables.blue, block.blue, block.count);
