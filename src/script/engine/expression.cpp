@@ -9,17 +9,9 @@
 
 namespace
 {
-/// A quoted text has the value 0, as an unknown word has; as a parameter it is a mistake.
-bool isQuotedText(const QString &text)
-{
-    const QString plain = text.trimmed();
-    const QLatin1Char quote('"');
-    return plain.startsWith(quote) && plain.indexOf(quote, 1) == plain.size() - 1;
-}
-
 bool evaluateParameter(const QString &text, double *value)
 {
-    if (isQuotedText(text))
+    if (isQuotedText(text.trimmed())) // whose value is 0, as an unknown word's
         return false;
     std::optional<exParser> own;
     exParser *parser = scriptParser();
