@@ -1,10 +1,30 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/table/allops.h"
 
+#include "operators/adjustment/ceiling.h"
+#include "operators/adjustment/colorize.h"
+#include "operators/adjustment/contrastbrightness.h"
+#include "operators/adjustment/curvesop.h"
+#include "operators/adjustment/darken.h"
+#include "operators/adjustment/darknessgain.h"
+#include "operators/adjustment/floor.h"
+#include "operators/adjustment/forcedynamic.h"
+#include "operators/adjustment/gain.h"
+#include "operators/adjustment/gamma.h"
+#include "operators/adjustment/histeq.h"
+#include "operators/adjustment/hue.h"
+#include "operators/adjustment/levels.h"
 #include "operators/adjustment/negative.h"
+#include "operators/adjustment/saturation.h"
+#include "operators/adjustment/winlevel.h"
+#include "operators/alpha/alphamod.h"
+#include "operators/alpha/keyop.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
+#include "operators/filter/channelmove.h"
 #include "operators/filter/exposure.h"
+#include "operators/filter/rgbrotate.h"
+#include "operators/filter/yrbconvert.h"
 #include "script/run/script.h"
 
 #include <new>
@@ -23,7 +43,7 @@ std::unique_ptr<OpWrapper> make(OperatorTable *table)
 // clang-format off
 const OperatorTable::Row kRows[] = {
     {1, kGroupAlpha, "alphamod", "Alpha Modify", "opalphamodify.html",
-     "alphamod [Amount=0...255] [Mode=0...9]", nullptr},
+     "alphamod [Amount=0...255] [Mode=0...9]", make<AlphaMod>},
     {2, kGroupMeta, "annotation", "Annotation", "opannotation.html",
      "%1 [content]", nullptr},
     {3, kGroupMeta, "author", "Author", "opauthor.html",
@@ -39,17 +59,17 @@ const OperatorTable::Row kRows[] = {
     {8, kGroupGeometry, "caricature", "Caricature - WARP", "opcaricature.html",
      "caricature [Amount=0...100]", nullptr},
     {9, kGroupAdjustment, "ceiling", "Ceiling", "opceiling.html",
-     "ceiling [Sample=0...1] [Mode=0...2]", nullptr},
+     "ceiling [Sample=0...1] [Mode=0...2]", make<Ceiling>},
     {10, kGroupGeometry, "centerdefine", "Center Selection", "opcenter.html",
      "", nullptr},
     {11, kGroupFilter, "channelmove", "Channel Move", "opchannelmove.html",
-     "channelmove [Select=0...4]", nullptr},
+     "channelmove [Select=0...4]", make<ChannelMove>},
     {12, kGroupFilter, "chromanoise", "Chroma Noise Reduction", "opchromanoise.html",
      "chromanoise [Degree=0...100] [radius=1...20] [threshold=0...100] [hue=0...1] [sat=0...1]", nullptr},
     {13, kGroupCompose, "colorfill", "Color Fill", "opcolorfill.html",
      "colorfill [Red=0...255] [Green=0...255] [Blue=0...255]", nullptr},
     {14, kGroupAdjustment, "colorize", "Colorize", "opcolorize.html",
-     "colorize [Red=0...255] [Green=0...255] [Blue=0...255] [Mixture=0...100] [ApplySat=0...1]", nullptr},
+     "colorize [Red=0...255] [Green=0...255] [Blue=0...255] [Mixture=0...100] [ApplySat=0...1]", make<Colorize>},
     {15, kGroupFilter, "colormap", "Color Map", "opcolormap.html",
      "", nullptr},
     {16, kGroupFilter, "convolve", "Convolve", "opconvolve.html",
@@ -57,17 +77,17 @@ const OperatorTable::Row kRows[] = {
     {17, kGroupFilter, "creduce", "Color Reduction", "opcreduce.html",
      "creduce [Depth=3...7] [Dither=0...1] [Dithtype=0...2] [Save=0...1] [Fixed=0...1] [Force=0...1]", nullptr},
     {18, kGroupAdjustment, "contbrit", "Contrast and Brightness", "opcontrastbrightness.html",
-     "contbrit [Contrast=-100...100] [Brightness=-100...100] [Center=-100...100] [R=0...1] [G=0...1] [B=0...1]", nullptr},
+     "contbrit [Contrast=-100...100] [Brightness=-100...100] [Center=-100...100] [R=0...1] [G=0...1] [B=0...1]", make<ContrastBrightness>},
     {19, kGroupMeta, "copyright", "Copyright", "opcopyright.html",
      "%1 [content]", nullptr},
     {20, kGroupCompose, "crop", "Crop", "opcrop.html",
      "crop [ToEdgeAlpha=0...1] [AlphaLevel 0...255] [makeTile=0...3]", nullptr},
     {21, kGroupAdjustment, "curves", "Curves", "opcurves.html",
-     "", nullptr},
+     "", make<Curvesop>},
     {22, kGroupAdjustment, "darken", "Darken", "opdarken.html",
-     "darken [Amount=0...200] [Limit=0...255]", nullptr},
+     "darken [Amount=0...200] [Limit=0...255]", make<Darken>},
     {23, kGroupAdjustment, "darknessgain", "Darkness Gain", "opdarknessgain.html",
-     "darknessgain [Gain=0...100] [Hump=0...100] [Range=0...100]", nullptr},
+     "darknessgain [Gain=0...100] [Hump=0...100] [Range=0...100]", make<DarknessGain>},
     {24, kGroupAdjustment, "dodge", "Dodge", "opdodge.html",
      "dodge [Amount=0...100]", nullptr},
     {25, kGroupGeometry, "dome", "Dome - WARP", "opdome.html",
@@ -83,17 +103,17 @@ const OperatorTable::Row kRows[] = {
     {30, kGroupGeometry, "flip", "Flip - WARP", "opflip.html",
      "flip [Horizontal=0...1] [Vertical=0...1]", nullptr},
     {31, kGroupAdjustment, "floor", "Floor", "opfloor.html",
-     "floor [Sample=0...1] [Mode=0...2]", nullptr},
+     "floor [Sample=0...1] [Mode=0...2]", make<Floor>},
     {32, kGroupAdjustment, "forcedynamic", "Force Dynamic", "opforcedynamic.html",
-     "forcedynamic [Sample=0...1] [Exclude=0...1]", nullptr},
+     "forcedynamic [Sample=0...1] [Exclude=0...1]", make<ForceDynamic>},
     {33, kGroupRender, "fractals", "Fractals", "opfractals.html",
      "%1 [Mode=0...3] [P1=-100...100] [P2=-100...100] [Z=1...100] [Px=-100...100] [Py=-100...100] [Po=0...255] [Sm=0...1]", nullptr},
     {34, kGroupCompose, "frame", "Frame", "opframe.html",
      "frame [Outer=0...50] [2nd=0...50] [3rd=0...50] [Inner=0...50]", nullptr},
     {35, kGroupAdjustment, "gain", "Gain", "opgain.html",
-     "gain [Black=0...200] [Gain=0...200] [White=0...200]", nullptr},
+     "gain [Black=0...200] [Gain=0...200] [White=0...200]", make<Gain>},
     {36, kGroupAdjustment, "gamma", "Gamma", "opgamma.html",
-     "gamma [Gamma=.25...4.0]", nullptr},
+     "gamma [Gamma=.25...4.0]", make<Gamma>},
     {37, kGroupFilter, "gaussian", "Gaussian Blur", "opgaussianblur.html",
      "gaussian [Radius=1...20] [mix=0...100]", nullptr},
     {38, kGroupMeta, "gps", "GPS", "opgps.html",
@@ -103,11 +123,11 @@ const OperatorTable::Row kRows[] = {
     {40, kGroupFilter, "halftone", "Halftone", "ophalftone.html",
      "halftone [dither=0...1] [cropedge=0...1] [threshold=1...254] [gamma=0...100] [source=0...5] [dmode=0...7]", nullptr},
     {41, kGroupAdjustment, "histeq", "Histogram Equalize", "ophisteq.html",
-     "histeq has no parameters", nullptr},
+     "histeq has no parameters", make<HistEq>},
     {42, kGroupFilter, "hremove", "Horizontal Remove", "ophorizontalremove.html",
      "%1 [red=0,...1] [green=0,...1] [blue=0,...1]", nullptr},
     {43, kGroupAdjustment, "hue", "Hue", "ophue.html",
-     "hue [Hue=-100...100]", nullptr},
+     "hue [Hue=-100...100]", make<Hue>},
     {44, kGroupFilter, "infill", "Infill", "opinfill.html",
      "infill [method=0...1] [texture=0...1] [tx=0...50000] [ty=0...50000] [mix=0...100]", nullptr},
     {45, kGroupFilter, "jumble", "Jumble", "opjumble.html",
@@ -115,7 +135,7 @@ const OperatorTable::Row kRows[] = {
     {46, kGroupRender, "kaleidoscope", "Kaleidoscope - WARP", "opkaleidoscope.html",
      "kaleidoscope [Degrees=0.0...360.0] [Mirrors=2...100] [Rotational=0...1] [Center=0...1]", nullptr},
     {47, kGroupAlpha, "keyop", "Key to Colorspace", "opkeyop.html",
-     "keyop has no parameters", nullptr},
+     "keyop has no parameters", make<keyOp>},
     {48, kGroupGeometry, "keystone", "Keystone - WARP", "opkeystone.html",
      "keystone [Mode=0...3] [Amount=-100...100]", nullptr},
     {49, kGroupPcb, "layerclear", "Layer Clear", "oplayerclear.html",
@@ -123,7 +143,7 @@ const OperatorTable::Row kRows[] = {
     {50, kGroupPcb, "legendlabel", "Legend Label", "oplegendlabel.html",
      "legendlabel [Vertical=0...1] [Spacing=1...n] [Mode=0...5] [Justify=0...2] [Points=5...100] [Start=1...1000] [Count=1...1000] [Red=0...255] [Green=0...255] [Blue=0...255] [Stutter=1...100] [Font=FontName] [Prefix=text] [Postfix=text]", nullptr},
     {51, kGroupAdjustment, "levels", "Levels", "oplevels.html",
-     "levels [blk=-100...100] [shad=-0...100] [mid=0...100] [high=0...100] [whit=-100...100]", nullptr},
+     "levels [blk=-100...100] [shad=-0...100] [mid=0...100] [high=0...100] [whit=-100...100]", make<Levels>},
     {52, kGroupAdjustment, "loccontrast", "Local Contrast", "oploccontrast.html",
      "loccontrast [Amount=0...100] [Direction=0...9]", nullptr},
     {53, kGroupCompose, "math", "Math", "opmath.html",
@@ -173,7 +193,7 @@ const OperatorTable::Row kRows[] = {
     {75, kGroupFilter, "rip", "Remove Isolated Pixels", "oprip.html",
      "rip [Intensity=0...100] [Mode=0...3]", nullptr},
     {76, kGroupFilter, "rgbshift", "RGB Shift", "oprgbshift.html",
-     "rgbshift [Shift=1...200] [Channel=0...2] [right=0...1]", nullptr},
+     "rgbshift [Shift=1...200] [Channel=0...2] [right=0...1]", make<RgbRotate>},
     {77, kGroupGeometry, "roll", "Roll - WARP", "oproll.html",
      "roll [Xroll=-100...100] [Yroll=-100...100]", nullptr},
     {78, kGroupGeometry, "rotate", "Rotate - WARP", "oprotation.html",
@@ -183,7 +203,7 @@ const OperatorTable::Row kRows[] = {
     {80, kGroupAdjustment, "sample", "Sample", "opsample.html",
      "sample [Accumulate=0...1] [subtract=0...1]", nullptr},
     {81, kGroupAdjustment, "saturation", "Saturation", "opsaturation.html",
-     "saturation [Saturation=-100...100]", nullptr},
+     "saturation [Saturation=-100...100]", make<Saturation>},
     {82, kGroupMacros, "script", "Script", "opscript.html",
      "", make<Script>},
     {83, kGroupFilter, "sharpen", "Sharpen", "opsharpen.html",
@@ -211,9 +231,9 @@ const OperatorTable::Row kRows[] = {
     {94, kGroupAdjustment, "whitebalance", "White Balance", "opwhitebalance.html",
      "whitebalance has no parameters", nullptr},
     {95, kGroupAdjustment, "windowlevel", "Window and Level", "opwindowandlevel.html",
-     "windowlevel [Window=0...255] [Level=0...255] [Clip=0...1]", nullptr},
+     "windowlevel [Window=0...255] [Level=0...255] [Clip=0...1]", make<WinLevel>},
     {96, kGroupFilter, "yrbconvert", "YRB Conversion", "opyrbconvert.html",
-     "yrbconvert [mode=-0...1]", nullptr},
+     "yrbconvert [mode=-0...1]", make<yrbConvert>},
 };
 // clang-format on
 } // namespace
