@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "operators/filter/channelmove_kernels.h"
+
+#include "operators/pipeline/blendspan_inline.h"
+
+namespace
+{
+KESTRANE_ALWAYS_INLINE void widen(const uint16_t *__restrict__ plane, double *__restrict__ results,
+                                  ptrdiff_t count)
+{
+    for (ptrdiff_t i = 0; i < count; ++i)
+        results[i] = double(int(plane[i]));
+}
+} // namespace
+
+namespace KERNEL_NAMESPACE
+{
+void moveChannelsSpan(const MixSpan &span, const ChannelOrder &order, const BlendPass &pass)
+{
+    inlined::blendSpan(span, pass,
+                       [&order](const MixSpan &block, ResultBlock *results) KESTRANE_INLINE_LAMBDA {
+                           const uint16_t *const planes[] = {block.red, block.green, block.blue};
+                           widen(planes[order.red], results->red, block.count);
+                           widen(planes[order.green], results->green, block.count);
+                           widen(planes[order.blue], results->blue, block.count);
+                       });
+}
+} // namespace KERNEL_NAMESPACE
