@@ -6,8 +6,6 @@
 
 namespace
 {
-constexpr double kFull = 65535.0;
-
 uint16_t mix(double old, double result, double m)
 {
     return uint16_t(int(old * (1.0 - m) + result * m));
@@ -24,7 +22,7 @@ void exposeBlock(const MixSpan &span, double k)
         Hsv hsv = inlined::rgbToHsv(old);
         hsv.value = lesser(hsv.value * k, 100.0);
         const Rgb exposed = inlined::hsvToRgb(hsv);
-        const double m = double(int(mask[i])) / kFull;
+        const double m = inlined::shareOfFull(double(int(mask[i])));
         red[i] = mix(old.red, exposed.red, m);
         green[i] = mix(old.green, exposed.green, m);
         blue[i] = mix(old.blue, exposed.blue, m);

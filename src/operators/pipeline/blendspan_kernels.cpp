@@ -75,20 +75,32 @@ struct Subtract {
     KESTRANE_ALWAYS_INLINE static double whole(double a, double b) { return greater(a - b, 0.0); }
 };
 
+/// b / 65535, where b may be known to be a whole number.
+template <bool wholeNumbers>
+KESTRANE_ALWAYS_INLINE double share(double b)
+{
+    return wholeNumbers ? inlined::shareOfFull(b) : b / kFull;
+}
+
+template <bool wholeNumbers>
 struct Multiply {
     KESTRANE_ALWAYS_INLINE static double mix(double a, double b, double t)
     {
-        const double p = (b / kFull) * a;
+        const double p = share<wholeNumbers>(b) * a;
         return __builtin_sqrt(t * p * p + (1.0 - t) * a * a);
     }
-    KESTRANE_ALWAYS_INLINE static double whole(double a, double b) { return (b / kFull) * a; }
+    KESTRANE_ALWAYS_INLINE static double whole(double a, double b)
+    {
+        return share<wholeNumbers>(b) * a;
+    }
 };
 
+template <bool wholeNumbers>
 struct Divide {
     /// A divisor that keeps the lanes that are not looked at from dividing by 0.
     KESTRANE_ALWAYS_INLINE static double quotient(double a, double b)
     {
-        return a / ((b < 1.0 ? 1.0 : b) / kFull);
+        return a / share<wholeNumbers>(b < 1.0 ? 1.0 : b);
     }
     KESTRANE_ALWAYS_INLINE static double mix(double a, double b, double t)
     {
@@ -138,10 +150,10 @@ void weightsOf(const MixSpan &block, const BlendPass &pass, double *__restrict__
     const uint16_t *__restrict__ mask = block.mask;
     const uint16_t *__restrict__ alpha = block.alpha;
     for (ptrdiff_t i = 0; i < block.count; ++i)
-        weights[i] = double(int(mask[i])) / kFull;
+        weights[i] = inlined::shareOfFull(double(int(mask[i])));
     if (pass.throughAlpha)
         for (ptrdiff_t i = 0; i < block.count; ++i)
-            weights[i] = double(int(alpha[i])) / kFull * weights[i];
+            weights[i] = inlined::shareOfFull(double(int(alpha[i]))) * weights[i];
 }
 
 /// Gives samples that are passed over what they held before.
@@ -227,6 +239,8 @@ void mixColour(const MixSpan &block, const ResultBlock &results, const BlendPass
 
 void mixByMode(const MixSpan &block, const ResultBlock &results, const BlendPass &pass)
 {
+    // The second operand of the reversed order is a sample.
+    const bool whole = pass.reversed || results.wholeNumbers;
     switch (pass.mode) {
     case kBlendMatte:
         return mixBlock<Matte>(block, results, pass);
@@ -239,9 +253,11 @@ void mixByMode(const MixSpan &block, const ResultBlock &results, const BlendPass
     case kBlendSubtract:
         return mixBlock<Subtract>(block, results, pass);
     case kBlendMultiply:
-        return mixBlock<Multiply>(block, results, pass);
+        return whole ? mixBlock<Multiply<true>>(block, results, pass)
+                     : mixBlock<Multiply<false>>(block, results, pass);
     case kBlendDivide:
-        return mixBlock<Divide>(block, results, pass);
+        return whole ? mixBlock<Divide<true>>(block, results, pass)
+                     : mixBlock<Divide<false>>(block, results, pass);
     case kBlendForeground:
     case kBlendBackground:
         return mixColour(block, results, pass);
@@ -255,6 +271,20 @@ void lookUp(const uint16_t *__restrict__ table, const uint16_t *__restrict__ pla
 {
     for (ptrdiff_t i = 0; i < count; ++i)
         results[i] = double(int(table[plane[i]]));
+}
+
+/// Looks up and mixes under Matte in one go, which keeps the loads and the roots busy at once.
+void lookUpSoftly(const uint16_t *__restrict__ table, uint16_t *__restrict__ plane,
+                  const double *__restrict__ weights, ptrdiff_t count, bool reversed)
+{
+    if (reversed)
+        for (ptrdiff_t i = 0; i < count; ++i)
+            plane[i] = stored(
+                Matte::mix(double(int(table[plane[i]])), double(int(plane[i])), 1.0 - weights[i]));
+    else
+        for (ptrdiff_t i = 0; i < count; ++i)
+            plane[i] =
+                stored(Matte::mix(double(int(plane[i])), double(int(table[plane[i]])), weights[i]));
 }
 
 void replace(const uint16_t *__restrict__ table, uint16_t *__restrict__ plane, ptrdiff_t count)
@@ -330,7 +360,16 @@ void lookupSpan(const MixSpan &span, const LookupTables &tables, const BlendPass
                 replace(tables.blue, block.blue, block.count);
                 return;
             }
+            if (plain) {
+                double weights[ResultBlock::kSize];
+                weightsOf(block, pass, weights);
+                lookUpSoftly(tables.red, block.red, weights, block.count, pass.reversed);
+                lookUpSoftly(tables.green, block.green, weights, block.count, pass.reversed);
+                lookUpSoftly(tables.blue, block.blue, weights, block.count, pass.reversed);
+                return;
+            }
             ResultBlock results;
+            results.wholeNumbers = true;
             lookUp(tables.red, block.red, results.red, block.count);
             lookUp(tables.green, block.green, results.green, block.count);
             lookUp(tables.blue, block.blue, results.blue, block.count);

@@ -27,6 +27,7 @@ struct BlendPass {
 struct ResultBlock {
     static constexpr int kSize = 256;
     double red[kSize], green[kSize], blue[kSize];
+    bool wholeNumbers = false; ///< set where all of them are: some modes then are faster
 };
 
 /// Mixes results into at most ResultBlock::kSize samples by the mode of the pass.

@@ -42,8 +42,7 @@ double multiplied(double a, double b, double t)
 }
 } // namespace
 
-colorblending::colorblending()
-    : blendMode(workspace() ? workspace()->blendMode : ownMode)
+colorblending::colorblending() : blendMode(workspace() ? workspace()->blendMode : ownMode)
 {
     newest = this;
     seedRandom15(1);

@@ -38,7 +38,7 @@ void mixSamples(const Rule &rule, const MixSpan &span)
         return uint16_t(int(old * (1.0 - m) + rule.result(old) * m));
     };
     for (ptrdiff_t i = 0; i < span.count; ++i) {
-        const double m = double(int(mask[i])) / kFull;
+        const double m = inlined::shareOfFull(double(int(mask[i])));
         red[i] = mix(red[i], m);
         green[i] = mix(green[i], m);
         blue[i] = mix(blue[i], m);

@@ -8,6 +8,17 @@
 /// several instruction sets never share a copy.
 namespace inlined
 {
+/// x / 65535 for a whole x of 0 to 65535, to the last bit, without the slow division. The
+/// quotient is the number x repeated behind the binary point every 16 places. The first three
+/// times fit a double; adding three more rounds once, as the division does, and no quotient
+/// lies so close to the middle of two doubles that those after them could matter.
+KESTRANE_ALWAYS_INLINE double shareOfFull(double x)
+{
+    constexpr double first = 0x1p-16 + 0x1p-32 + 0x1p-48;
+    constexpr double next = 0x1p-64 + 0x1p-80 + 0x1p-96;
+    return x * first + x * next;
+}
+
 enum class Weight { None, Full, Soft };
 
 /// Whether mask words are all 0, all 65535, or anything else.
