@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/table/allops.h"
 
+#include "operators/adjustment/burn.h"
 #include "operators/adjustment/ceiling.h"
 #include "operators/adjustment/colorize.h"
 #include "operators/adjustment/contrastbrightness.h"
 #include "operators/adjustment/curvesop.h"
 #include "operators/adjustment/darken.h"
 #include "operators/adjustment/darknessgain.h"
+#include "operators/adjustment/dodge.h"
 #include "operators/adjustment/floor.h"
 #include "operators/adjustment/forcedynamic.h"
 #include "operators/adjustment/gain.h"
@@ -15,14 +17,18 @@
 #include "operators/adjustment/hue.h"
 #include "operators/adjustment/levels.h"
 #include "operators/adjustment/negative.h"
+#include "operators/adjustment/sample.h"
 #include "operators/adjustment/saturation.h"
+#include "operators/adjustment/whitebalance.h"
 #include "operators/adjustment/winlevel.h"
 #include "operators/alpha/alphamod.h"
 #include "operators/alpha/keyop.h"
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
+#include "operators/compose/colorfill.h"
 #include "operators/filter/channelmove.h"
 #include "operators/filter/exposure.h"
+#include "operators/filter/monochrome.h"
 #include "operators/filter/rgbrotate.h"
 #include "operators/filter/yrbconvert.h"
 #include "script/run/script.h"
@@ -53,7 +59,7 @@ const OperatorTable::Row kRows[] = {
     {5, kGroupCompose, "brushstroke", "Brushstroke", "opbrushstroke.html",
      "", nullptr},
     {6, kGroupAdjustment, "burn", "Burn", "opburn.html",
-     "burn [Amount=0...100]", nullptr},
+     "burn [Amount=0...100]", make<Burn>},
     {7, kGroupMeta, "camera", "Camera", "opcamera.html",
      "%1 [shutter=0...50000] [aperture=.1...100] [focallength=.1...50000] [iso=1...1000000]", nullptr},
     {8, kGroupGeometry, "caricature", "Caricature - WARP", "opcaricature.html",
@@ -67,7 +73,7 @@ const OperatorTable::Row kRows[] = {
     {12, kGroupFilter, "chromanoise", "Chroma Noise Reduction", "opchromanoise.html",
      "chromanoise [Degree=0...100] [radius=1...20] [threshold=0...100] [hue=0...1] [sat=0...1]", nullptr},
     {13, kGroupCompose, "colorfill", "Color Fill", "opcolorfill.html",
-     "colorfill [Red=0...255] [Green=0...255] [Blue=0...255]", nullptr},
+     "colorfill [Red=0...255] [Green=0...255] [Blue=0...255]", make<ColorFill>},
     {14, kGroupAdjustment, "colorize", "Colorize", "opcolorize.html",
      "colorize [Red=0...255] [Green=0...255] [Blue=0...255] [Mixture=0...100] [ApplySat=0...1]", make<Colorize>},
     {15, kGroupFilter, "colormap", "Color Map", "opcolormap.html",
@@ -89,7 +95,7 @@ const OperatorTable::Row kRows[] = {
     {23, kGroupAdjustment, "darknessgain", "Darkness Gain", "opdarknessgain.html",
      "darknessgain [Gain=0...100] [Hump=0...100] [Range=0...100]", make<DarknessGain>},
     {24, kGroupAdjustment, "dodge", "Dodge", "opdodge.html",
-     "dodge [Amount=0...100]", nullptr},
+     "dodge [Amount=0...100]", make<Dodge>},
     {25, kGroupGeometry, "dome", "Dome - WARP", "opdome.html",
      "dome [Amount=0...500]", nullptr},
     {26, kGroupMeta, "dpi", "DPI", "opdpi.html",
@@ -161,7 +167,7 @@ const OperatorTable::Row kRows[] = {
     {59, kGroupGeometry, "mirror", "Mirror - WARP", "opmirror.html",
      "mirror [Degrees=-360...360] [Center=0...1]", nullptr},
     {60, kGroupFilter, "monochrome", "Monochrome", "opmonochrome.html",
-     "monochrome [Preset=0...7]\n#: or:\n#: monochrome [Red=0...255] [Green=0...255] [Blue=0...255] ", nullptr},
+     "monochrome [Preset=0...7]\n#: or:\n#: monochrome [Red=0...255] [Green=0...255] [Blue=0...255] ", make<Monochrome>},
     {61, kGroupFilter, "monofix", "Monofix", "opmonofix.html",
      "monofix has no parameters", nullptr},
     {62, kGroupAdjustment, "negative", "Negative", "opnegative.html",
@@ -201,7 +207,7 @@ const OperatorTable::Row kRows[] = {
     {79, kGroupGeometry, "rot90", "Rotate 90º", "oprotate90.html",
      "rot90 [Mode=0...2]", nullptr},
     {80, kGroupAdjustment, "sample", "Sample", "opsample.html",
-     "sample [Accumulate=0...1] [subtract=0...1]", nullptr},
+     "sample [Accumulate=0...1] [subtract=0...1]", make<Sample>},
     {81, kGroupAdjustment, "saturation", "Saturation", "opsaturation.html",
      "saturation [Saturation=-100...100]", make<Saturation>},
     {82, kGroupMacros, "script", "Script", "opscript.html",
@@ -229,7 +235,7 @@ const OperatorTable::Row kRows[] = {
     {93, kGroupFilter, "vremove", "Vertical Remove", "opverticalremove.html",
      "%1 [red=0,...1] [green=0,...1] [blue=0,...1]", nullptr},
     {94, kGroupAdjustment, "whitebalance", "White Balance", "opwhitebalance.html",
-     "whitebalance has no parameters", nullptr},
+     "whitebalance has no parameters", make<WhiteBalance>},
     {95, kGroupAdjustment, "windowlevel", "Window and Level", "opwindowandlevel.html",
      "windowlevel [Window=0...255] [Level=0...255] [Clip=0...1]", make<WinLevel>},
     {96, kGroupFilter, "yrbconvert", "YRB Conversion", "opyrbconvert.html",
