@@ -307,6 +307,16 @@ void imgWindow::describe()
 void imgWindow::refreshOverlay()
 {
     outlineStale = true;
+    split.pictureOutdated();
+    paintOverlayOnly = true;
+    update();
+}
+
+void imgWindow::splitOutdated()
+{
+    split.effectOutdated();
+    if (!split.wanted() && !split.drawn())
+        return;
     paintOverlayOnly = true;
     update();
 }

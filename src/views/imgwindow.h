@@ -5,9 +5,11 @@
 #include "core/memory.h"
 #include "views/areagesture.h"
 #include "views/areaoverlay.h"
+#include "views/dropper.h"
 #include "views/notationeditor.h"
 #include "views/rulers.h"
 #include "views/selectionoutline.h"
+#include "views/splitview.h"
 #include "views/workerthread.h"
 
 #include <QDialog>
@@ -193,6 +195,8 @@ public:
     void refresh();
     /// The selection or the grid changed: repaints without rendering the image again.
     void refreshOverlay();
+    /// The operator's effect right of the split view's border is out of date, if there is one.
+    void splitOutdated();
     /// Runs a window command, 1 to 155.
     void command(int number);
     /// Fills the zoom table from the setting zoomSteps and stands at scale 1.
@@ -229,6 +233,8 @@ public:
     void finishJobs(bool keepResults);
     /// The same, with a selection that is being made by jobs completed.
     void settleJobs();
+    /// A job works on a copy of the image, which takes its place later.
+    bool previewJobRunning() const;
 
     /// The mask jobs from here on make one selection: they share an undo record, which comes
     /// with the first result, and the copy of the mask as it stands.
@@ -250,6 +256,9 @@ public:
     void choosePreview(QPointF position);
     /// The space bar, a dragged view, a guide or the notes have a cursor of their own.
     bool cursorTaken() const;
+    /// The client without the rulers, in points.
+    QRect pictureRect() const;
+    ViewBackdrop backdropShown() const;
 
     image *img = nullptr;
     float *zooms = nullptr; ///< tracked, kZoomEntries entries
@@ -272,6 +281,8 @@ public:
     bool gridShown = false;
     NotationEditor notes{this};
     AreaGesture gesture{this};
+    Dropper dropper{this};
+    SplitView split{this};
 
     // Gestures of the area tools
     bool wandBusy = false;  ///< a mask job is going on
@@ -370,7 +381,6 @@ private:
     void renderCache();
     bool renderImage(const ViewGeometry &view, const ViewBackdrop &backdrop);
     bool scroll(const ViewGeometry &view, const ViewBackdrop &backdrop);
-    ViewBackdrop backdropShown() const;
     void drawOverlay(QPainter *painter);
     void drawGrid(QPainter *painter) const;
     void drawSnapGrid(QPainter *painter) const;
@@ -382,7 +392,6 @@ private:
     bool outlineMoves() const;
     void moveOutline();
     bool rulersOn() const;
-    QRect pictureRect() const;
 
     // Guides
     struct Guide {

@@ -39,7 +39,8 @@ void imgWindow::keyPressEvent(QKeyEvent *event)
     // Set first: a command may open a box, whose event loop can outlive this window.
     event->accept();
     gesture.keysHeld(lastKey == Qt::Key_Control ? modifiers | Qt::ControlModifier : modifiers);
-    if (notes.keyPress(*event) || gesture.keyPress(*event)) {
+    if (dropper.keyPress(*event) || split.keyPress(*event) || notes.keyPress(*event) ||
+        gesture.keyPress(*event)) {
         event_ = nullptr;
         return;
     }
@@ -88,7 +89,9 @@ void imgWindow::mousePressEvent(QMouseEvent *event)
         dragButton = event->button();
         dragFrom = windowToImage(at.x(), at.y());
         setCursor(Qt::ClosedHandCursor);
-    } else if (left && pressRuler(at)) {
+    } else if ((left && pressRuler(at)) || dropper.press(*event)) {
+        return;
+    } else if (!guideAt(at) && split.press(*event)) {
         return;
     } else if (notes.press(*event, positionOf(*event))) {
         return;
@@ -105,7 +108,9 @@ QPointF imgWindow::positionOf(const QMouseEvent &event) const
 
 void imgWindow::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    if (!validImage() || !pictureRect().contains(event->pos()) ||
+    if (validImage() && !Dropper::armed() && split.doubleClick(*event))
+        return;
+    if (!validImage() || Dropper::armed() || !pictureRect().contains(event->pos()) ||
         !notes.doubleClick(*event, positionOf(*event)))
         mousePressEvent(event);
 }
@@ -120,7 +125,8 @@ void imgWindow::mouseReleaseEvent(QMouseEvent *event)
         dropGuide(event->localPos());
     else if (draggingView && event->button() == dragButton)
         endViewDrag();
-    else if (!notes.release(*event, positionOf(*event)))
+    else if (!dropper.release(*event) && !split.release(*event) &&
+             !notes.release(*event, positionOf(*event)))
         gesture.release(*event, positionOf(*event)); // which may end this window
 }
 
@@ -146,7 +152,8 @@ void imgWindow::mouseMoveEvent(QMouseEvent *event)
         dragView(at);
     else if (draggedGuide)
         dragGuide(at, event->modifiers());
-    else if (!notes.move(*event, positionOf(*event)) && !gesture.move(*event, positionOf(*event)))
+    else if (!dropper.move(*event) && !split.move(*event) &&
+             !notes.move(*event, positionOf(*event)) && !gesture.move(*event, positionOf(*event)))
         hover(*event);
     reportPointer(at);
     markPointer(at);
@@ -158,6 +165,8 @@ void imgWindow::hover(const QMouseEvent &event)
     if (spaceHeld)
         return;
     showGuideCursor(event.localPos());
+    if (!guideCursor)
+        split.showCursor(event.localPos());
     if (pictureRect().contains(event.pos()))
         gesture.showCursor();
     else if (!cursorTaken())
@@ -167,12 +176,14 @@ void imgWindow::hover(const QMouseEvent &event)
 bool imgWindow::cursorTaken() const
 {
     const bool noted = viewHost() && viewHost()->editingNotations && workspace()->showNotations;
-    return spaceHeld || draggingView || guideCursor || noted;
+    return spaceHeld || draggingView || guideCursor || split.cursorHeld() || Dropper::armed() ||
+           noted;
 }
 
 void imgWindow::enterEvent(QEvent *event)
 {
     QDialog::enterEvent(event);
+    dropper.showCursor();
     gesture.showCursor();
 }
 

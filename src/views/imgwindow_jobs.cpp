@@ -160,6 +160,13 @@ void imgWindow::maskReady()
         maskJobEnded();
 }
 
+bool imgWindow::previewJobRunning() const
+{
+    return std::any_of(workers.begin(), workers.end(), [](const WorkerThread *worker) {
+        return worker->mode == WorkerThread::Preview;
+    });
+}
+
 void imgWindow::inTheBalls()
 {
     auto *worker = qobject_cast<WorkerThread *>(sender());

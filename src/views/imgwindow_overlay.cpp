@@ -69,7 +69,6 @@ bool imgWindow::rulersOn() const
     return workspace() && workspace()->showRulers;
 }
 
-/// The client without the rulers, in points.
 QRect imgWindow::pictureRect() const
 {
     return rulersOn() ? rect().adjusted(kRulerThickness, kRulerThickness, 0, 0) : rect();

@@ -48,6 +48,7 @@ void imgWindow::paintEvent(QPaintEvent *event)
     painter.scale(1.0 / ratio, 1.0 / ratio);
     const QRect due = deviceRect(event->rect(), ratio).intersected(cache.rect());
     painter.drawImage(due.topLeft(), cache, due);
+    split.draw(&painter, due);
     drawOverlay(&painter);
     painter.restore();
     painter.setClipRect(pictureRect(), Qt::IntersectClip);
@@ -107,6 +108,7 @@ void imgWindow::renderCache()
         if (!renderImage(view, backdrop))
             cache = QImage();
         ++renders;
+        split.pictureOutdated();
         describe();
     }
     cached = view;

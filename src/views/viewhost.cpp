@@ -56,6 +56,22 @@ QList<imgWindow *> ViewHost::windowsOf(const image *img) const
     return found;
 }
 
+void ViewHost::armDropper(bool armed)
+{
+    dropperArmed = armed;
+    for (imgWindow *window : windows)
+        if (window && window->valid())
+            window->dropper.armingChanged();
+    updateMenus();
+}
+
+void ViewHost::splitOutdated()
+{
+    for (imgWindow *window : windows)
+        if (window && window->valid())
+            window->splitOutdated();
+}
+
 OperatorTable *ViewHost::operatorTable()
 {
     return nullptr;
@@ -64,6 +80,7 @@ OperatorTable *ViewHost::operatorTable()
 void ViewHost::makeCurrent(imgWindow *window)
 {
     currentWindow = window;
+    splitOutdated();
 }
 
 void ViewHost::commandRunning(bool, QPointF) {}
@@ -79,6 +96,12 @@ bool ViewHost::hostCommand(imgWindow *, int)
 }
 
 void ViewHost::openUrls(const QList<QUrl> &) {}
+
+QString ViewHost::askFile(QWidget *, const QString &, const QString &, bool)
+{
+    return QString();
+}
+
 void ViewHost::updateMenus() {}
 void ViewHost::refreshOperatorSource() {}
 void ViewHost::operate() {}
@@ -107,6 +130,8 @@ bool ViewHost::globalKey(QKeyEvent *)
 }
 
 void ViewHost::pointerOver(imgWindow *, int, int) {}
+void ViewHost::dropperPicked(image *, const QRect &) {}
+void ViewHost::dropperEnded(bool) {}
 void ViewHost::openView(image *) {}
 void ViewHost::notationsChanged(image *, int) {}
 void ViewHost::editNotation(imgWindow *, int) {}

@@ -3,11 +3,13 @@
 
 #include <QList>
 #include <QPointF>
+#include <QRect>
 #include <QString>
 #include <QUrl>
 
 class OperatorTable;
 class QKeyEvent;
+class QWidget;
 class image;
 class imgWindow;
 
@@ -29,6 +31,7 @@ public:
 
     int toolBefore = -1;          ///< tool that returns after Magnify was taken once, or -1
     bool eyepointPending = false; ///< the next press says what the operator preview shows
+    bool dropperArmed = false;    ///< the next press in a picture reads samples; see armDropper
 
     /// The current window if it is in the list and both validity marks match, else null.
     imgWindow *validCurrent() const;
@@ -39,6 +42,14 @@ public:
     {
         return windows.contains(const_cast<imgWindow *>(window));
     }
+
+    /// Lets the next left press in a picture read a square of samples, or calls that off. All
+    /// windows show it by their cursors.
+    void armDropper(bool armed);
+    /// What the split views show right of their borders is out of date: a parameter, the
+    /// operator, the way it is mixed in or the current window changed, or the split view was
+    /// switched on or off. Cheap: the operator runs at the next paint, and once for all calls.
+    void splitOutdated();
 
     /// The operators, or null while there are none.
     virtual OperatorTable *operatorTable();
@@ -56,6 +67,10 @@ public:
     /// True if it was one.
     virtual bool hostCommand(imgWindow *window, int number);
     virtual void openUrls(const QList<QUrl> &urls);
+    /// Asks for a file to open or to save that the filter ("Curves (*.json)") describes; empty
+    /// if the person gave up.
+    virtual QString askFile(QWidget *parent, const QString &title, const QString &filter,
+                            bool save);
     /// Enabled states of menus and buttons may have changed.
     virtual void updateMenus();
     /// Source image and preview of the operator dialog are out of date.
@@ -75,6 +90,11 @@ public:
     virtual bool globalKey(QKeyEvent *event);
     /// The mouse stands over this sample of the image (outside: x is -1).
     virtual void pointerOver(imgWindow *window, int x, int y);
+    /// The eyedropper reads these samples of an image, which all lie in it: at the press, and
+    /// at each move to another sample until the button is up.
+    virtual void dropperPicked(image *img, const QRect &samples);
+    /// The eyedropper is no longer armed: it has read, or it was given up.
+    virtual void dropperEnded(bool hasRead);
     virtual void openView(image *img);
     /// The notes of an image changed, or another one was chosen in a window (-1: none).
     virtual void notationsChanged(image *img, int chosen);

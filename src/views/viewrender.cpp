@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <vector>
+#include <iterator>
 
 namespace
 {
@@ -99,8 +99,7 @@ public:
         fillBackdrop(greys.get(), second, view.width, checkerPhase(across, backdrop.cell),
                      backdrop);
         const PixelRange inside = samplesInside(columnTable, view.width);
-        job.red = img.red, job.green = img.green, job.blue = img.blue, job.alpha = img.alpha;
-        job.imageWidth = img.width;
+        usePlanes(img);
         job.columns = columnTable, job.rows = rowTable;
         job.firstColumn = inside.first, job.endColumn = inside.end;
         job.outWidth = view.width;
@@ -109,7 +108,17 @@ public:
         job.backdrop[0] = greys.get(), job.backdrop[1] = second;
         job.cell = backdrop.cell;
         job.rowPhase = checkerPhase(down, backdrop.cell);
-        job.yrb = img.imageMode == 1;
+    }
+
+    /// The samples come from a picture that has only the shown ones.
+    bool takeFrom(const image &part, const ViewGeometry &view)
+    {
+        int32_t *columnTable = tables.get(), *rowTable = columnTable + view.width;
+        if (rank(columnTable, view.width) != part.width ||
+            rank(rowTable, view.height) != part.height)
+            return false;
+        usePlanes(part);
+        return true;
     }
 
     bool ready() const { return job.out != nullptr; }
@@ -126,6 +135,29 @@ public:
     }
 
 private:
+    void usePlanes(const image &img)
+    {
+        job.red = img.red, job.green = img.green, job.blue = img.blue, job.alpha = img.alpha;
+        job.imageWidth = img.width;
+        job.yrb = img.imageMode == 1;
+    }
+    /// Replaces the samples of a table by their places among those that it names, and returns
+    /// how many there are.
+    static int rank(int32_t *table, int count)
+    {
+        int found = 0;
+        int32_t last = kNoSample;
+        for (int i = 0; i < count; ++i) {
+            if (table[i] == kNoSample)
+                continue;
+            if (table[i] != last)
+                ++found;
+            last = table[i];
+            table[i] = found - 1;
+        }
+        return found;
+    }
+
     TrackedBuffer<int32_t> tables;
     TrackedBuffer<uint16_t> greys;
     RenderJob job;
@@ -171,6 +203,21 @@ void movePixels(QImage *out, int dx, int dy)
     else
         for (int y = end - 1; y >= first; --y)
             moveRow(y);
+}
+
+/// Only the samples of `part` are used if there is one.
+bool renderAll(const image &img, const image *part, const ViewGeometry &view,
+               const ViewBackdrop &backdrop, QImage *out)
+{
+    if (!view.usableFor(img) || backdrop.cell < 1)
+        return false;
+    if (out->width() != view.width || out->height() != view.height)
+        *out = QImage(view.width, view.height, QImage::Format_RGB32);
+    Repaint repaint(img, view, backdrop, out);
+    if (!repaint.ready() || (part && !repaint.takeFrom(*part, view)))
+        return false;
+    repaint.render({0, view.width}, {0, view.height});
+    return true;
 }
 } // namespace
 
@@ -219,15 +266,29 @@ PixelRange samplesInside(const int32_t *table, int count)
 bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &backdrop,
                 QImage *out)
 {
-    if (!view.usableFor(img) || backdrop.cell < 1)
-        return false;
-    if (out->width() != view.width || out->height() != view.height)
-        *out = QImage(view.width, view.height, QImage::Format_RGB32);
-    Repaint repaint(img, view, backdrop, out);
-    if (!repaint.ready())
-        return false;
-    repaint.render({0, view.width}, {0, view.height});
-    return true;
+    return renderAll(img, nullptr, view, backdrop, out);
+}
+
+bool renderShown(const image &img, const image &part, const ViewGeometry &view,
+                 const ViewBackdrop &backdrop, QImage *out)
+{
+    return renderAll(img, &part, view, backdrop, out);
+}
+
+ShownSamples::ShownSamples(const image &img, const ViewGeometry &view)
+{
+    const auto collect = [](const std::vector<int32_t> &table, std::vector<int32_t> *out) {
+        std::copy_if(table.begin(), table.end(), std::back_inserter(*out),
+                     [](int32_t sample) { return sample != kNoSample; });
+        out->erase(std::unique(out->begin(), out->end()), out->end());
+    };
+    if (!view.usableFor(img))
+        return;
+    std::vector<int32_t> across(size_t(view.width)), down(size_t(view.height));
+    view.columnSamples(img, 0, view.width, across.data());
+    view.rowSamples(img, 0, view.height, down.data());
+    collect(across, &columns);
+    collect(down, &rows);
 }
 
 bool scrollView(const image &img, const ViewGeometry &before, const ViewGeometry &view,

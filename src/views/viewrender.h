@@ -4,6 +4,7 @@
 #include <QImage>
 
 #include <cstdint>
+#include <vector>
 
 class image;
 
@@ -46,6 +47,8 @@ struct ViewBackdrop {
     int dark = 118, light = 138;
     int cell = 8; ///< side of a checker square in device pixels
     uint32_t surround = 0xFF3C3C3C;
+
+    bool operator==(const ViewBackdrop &other) const = default;
 };
 
 /// Renders what the geometry shows into `out`, which is made anew if its size differs.
@@ -59,3 +62,15 @@ bool renderView(const image &img, const ViewGeometry &view, const ViewBackdrop &
 /// or sizes, or so little stays that rendering afresh is no slower.
 bool scrollView(const image &img, const ViewGeometry &before, const ViewGeometry &view,
                 const ViewBackdrop &backdrop, QImage *out);
+
+/// The columns and rows of an image of which a view shows samples, each once, in their order.
+struct ShownSamples {
+    std::vector<int32_t> columns, rows;
+
+    ShownSamples() = default;
+    ShownSamples(const image &img, const ViewGeometry &view);
+};
+
+/// As renderView for an image of which `part` has only the shown samples.
+bool renderShown(const image &img, const image &part, const ViewGeometry &view,
+                 const ViewBackdrop &backdrop, QImage *out);
