@@ -112,6 +112,8 @@ public:
     void saveImage(imgWindow *window) override;
     void showSaveDialog(imgWindow *window, bool flat) override;
     void openUrls(const QList<QUrl> &urls) override;
+    QString askFile(QWidget *parent, const QString &title, const QString &filter,
+                    bool save) override;
     void updateMenus() override;
     void refreshOperatorSource() override;
     void operate() override;

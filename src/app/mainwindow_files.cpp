@@ -183,6 +183,20 @@ void MainWindow::openLater(const QStringList &paths)
     openQueue += paths;
 }
 
+QString MainWindow::askFile(QWidget *parent, const QString &title, const QString &filter,
+                            bool save)
+{
+    // Files of one kind share a folder and a look of the dialog, whoever asks for them.
+    const std::vector<FileBag *> bags = fileBags();
+    const auto known = std::find_if(bags.begin(), bags.end(),
+                                    [&](const FileBag *bag) { return bag->filters == filter; });
+    FileBag other;
+    other.filters = filter;
+    FileBag *bag = known == bags.end() ? &other : *known;
+    const auto purpose = save ? filePicker::PickFor::Save : filePicker::PickFor::Open;
+    return filePicker::pick(parent, bag, purpose, title).value(0);
+}
+
 void MainWindow::openUrls(const QList<QUrl> &urls)
 {
     for (const QUrl &url : urls) {
