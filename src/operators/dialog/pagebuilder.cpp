@@ -4,8 +4,12 @@
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
 #include "operators/dialog/colorwell.h"
+#include "operators/dialog/crange.h"
+#include "operators/dialog/curve.h"
 #include "operators/dialog/operators.h"
 #include "views/codeedit.h"
+#include "views/imgwindow.h"
+#include "views/viewhost.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -28,7 +32,9 @@
 namespace
 {
 constexpr int kPageRows = 31;
-constexpr int kLeastHeight = 120, kMostHeight = 340; ///< of the page before it scrolls
+constexpr int kWideStretch = 100; ///< of a curve against the room that is left below it
+constexpr int kLeastHeight = 120, kMostHeight = 340; ///< of the page before it scrolls, at 96 dpi
+constexpr int kRangeStripIndent = 31;
 
 QFont valueFont(const QFont &beside)
 {
@@ -60,7 +66,8 @@ void PageBuilder::rebuild(OpWrapper *op)
 void PageBuilder::fitArea()
 {
     const int wanted = page->sizeHint().height() + 2 * area->frameWidth();
-    area->setMinimumHeight(std::clamp(wanted, kLeastHeight, kMostHeight));
+    const auto scaled = [this](int height) { return height * area->logicalDpiY() / 96; };
+    area->setMinimumHeight(std::clamp(wanted, scaled(kLeastHeight), scaled(kMostHeight)));
     // A page too wide for the dialog would need a second scroll bar.
     area->setMinimumWidth(page->minimumSizeHint().width() + 2 * area->frameWidth() +
                           area->verticalScrollBar()->sizeHint().width());
@@ -86,6 +93,8 @@ void PageBuilder::clear()
     editors.clear();
     codeEditors.clear();
     wells.clear();
+    curve = nullptr;
+    strips.clear();
     valueLabels = {};
     rows.clear();
     row = 0;
@@ -218,6 +227,7 @@ int PageBuilder::addComboData(const QStringList &names, const QVariantList &valu
     for (int i = 0; i < names.size(); ++i)
         combo->addItem(names.at(i), values.value(i));
     combo->setCurrentIndex(index);
+    combo->installEventFilter(dialog);
     const int slot = combos.add(combo);
     place(combo, QStringLiteral("combo%1").arg(slot), 1, advance);
     return slot;
@@ -378,30 +388,80 @@ void PageBuilder::setLabel(int index, const QString &text)
         labels[size_t(index)]->setText(text);
 }
 
-int PageBuilder::addRangeStrip(std::function<uint32_t(double)>)
+int PageBuilder::addRangeStrip(std::function<uint32_t(double)> colourAt)
 {
-    return -1;
+    // A wide item has a row of its own.
+    if (currentRow()->count() > 0)
+        nextRow();
+    const int index = int(strips.size());
+    auto *strip = new cRange(std::move(colourAt), dialog->width() - kRangeStripIndent, page);
+    strip->setObjectName(QStringLiteral("range%1").arg(index));
+    strip->setAccessibleName(Operators::tr("Range of colors"));
+    strips.push_back(strip);
+    currentRow()->addWidget(strip, 1);
+    nextRow();
+    return index;
 }
 
-int PageBuilder::addCurve(ToneCurve *)
+int PageBuilder::addCurve(ToneCurve *edited)
 {
-    return -1;
+    if (curve)
+        return -1;
+    if (currentRow()->count() > 0)
+        nextRow();
+    curve = new Curve(edited, page);
+    column->setStretchFactor(currentRow(), kWideStretch);
+    const auto tellOperator = [this] {
+        if (OpWrapper *op = dialog->currentOperator())
+            op->curveEdited();
+    };
+    connect(curve, &Curve::knotChosen, dialog, tellOperator);
+    connect(curve, &Curve::edited, dialog, [this, tellOperator] {
+        tellOperator();
+        dialog->parameterChanged();
+    });
+    place(curve, QStringLiteral("curve0"), 1, true);
+    return 0;
 }
 
-void PageBuilder::setRangeStrip(int) {}
+void PageBuilder::setRangeStrip(int index)
+{
+    if (index >= 0 && index < int(strips.size()))
+        strips[size_t(index)]->update();
+}
 
-void PageBuilder::setCurve(int) {}
+void PageBuilder::setCurve(int index)
+{
+    if (curve && index == 0)
+        curve->showCurve();
+}
+
+void PageBuilder::showCurveSource(const image *picture)
+{
+    if (curve)
+        curve->setPicture(picture);
+}
 
 void PageBuilder::chooseOperator(int id)
 {
     dialog->selectOperator(id);
 }
 
-void PageBuilder::armEyedropper() {}
-
-QString PageBuilder::askFile(const QString &, const QString &, bool)
+void PageBuilder::armEyedropper()
 {
-    return QString();
+    ViewHost *host = viewHost();
+    imgWindow *window = host ? host->validCurrent() : nullptr;
+    if (!window)
+        return;
+    host->armDropper(true);
+    window->raise();
+    window->activateWindow();
+}
+
+QString PageBuilder::askFile(const QString &title, const QString &filter, bool save)
+{
+    ViewHost *host = viewHost();
+    return host ? host->askFile(dialog, title, filter, save) : QString();
 }
 
 void PageBuilder::alignLabels()

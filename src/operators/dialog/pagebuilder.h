@@ -10,8 +10,10 @@
 
 class CodeEdit;
 class ColorWell;
+class Curve;
 class OpWrapper;
 class Operators;
+class cRange;
 class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
@@ -24,6 +26,7 @@ class QScrollArea;
 class QSlider;
 class QSpinBox;
 class QVBoxLayout;
+class image;
 
 /// Widgets of one kind on the page, in the order in which they were added.
 template <class Widget, int size>
@@ -100,6 +103,9 @@ public:
     void armEyedropper() override;
     QString askFile(const QString &title, const QString &filter, bool save) override;
 
+    /// What the operator is about to change, for a histogram behind a curve on the page.
+    void showCurveSource(const image *picture);
+
     // The pools, for the slots that pass a widget on and for tests.
     WidgetPool<QPushButton, 8> buttons;
     WidgetPool<QCheckBox, 9> checks;
@@ -111,6 +117,8 @@ public:
     WidgetPool<QPlainTextEdit, 1> editors;
     WidgetPool<CodeEdit, 1> codeEditors;
     std::vector<ColorWell *> wells;
+    Curve *curve = nullptr;
+    std::vector<cRange *> strips;
     std::vector<QLabel *> labels;
 
 private:
