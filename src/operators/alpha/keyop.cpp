@@ -9,20 +9,9 @@
 
 #include <QLocale>
 
-#include <bit>
-
 namespace
 {
 constexpr int kIdSample = 80;
-
-int64_t coloursInSet()
-{
-    const uint8_t *set = workspace() ? workspace()->colorSpace : nullptr;
-    int64_t count = 0;
-    for (size_t i = 0; set && i < Workspace::kColorSpaceBytes; ++i)
-        count += std::popcount(set[i]);
-    return count;
-}
 } // namespace
 
 keyOp::keyOp(OperatorTable *table) : DeclaredOp(table)
@@ -50,7 +39,7 @@ void keyOp::build(OpPage *page)
 {
     if (!page)
         return;
-    const int64_t count = coloursInSet();
+    const int64_t count = colourSetSize();
     const QString text = count == 0
                              ? tr("No colours are chosen yet.")
                              : tr("Colours chosen: %1").arg(QLocale().toString(qlonglong(count)));
