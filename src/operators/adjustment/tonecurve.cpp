@@ -75,6 +75,8 @@ double endSlope(double nearWidth, double farWidth, double nearSecant, double far
 /// A cubic from one knot to the next with these slopes at them.
 double between(const Knot &from, const Knot &to, double slopeFrom, double slopeTo, double x)
 {
+    if (x >= to.x)
+        return to.y; // the sum below would miss it by the error of computing
     const double width = to.x - from.x, secant = (to.y - from.y) / width, along = x - from.x;
     const double square = (3 * secant - 2 * slopeFrom - slopeTo) / width;
     const double cube = (slopeFrom + slopeTo - 2 * secant) / (width * width);
