@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDialog>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QUrl>
@@ -29,15 +30,16 @@ QString resourceText(const QString &name)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-/// The script line that made an operator's picture, empty if it took other commands.
+/// The script lines of an operator that made its picture, empty if it took other commands.
 QString exampleLine(const QString &scriptName)
 {
     const QString examples = resourceText(QStringLiteral("examples.txt"));
     for (const QString &line : examples.split(QLatin1Char('\n'))) {
         if (!line.startsWith(scriptName + QLatin1Char('|')))
             continue;
-        const QString last = line.section(QLatin1Char(';'), -1).trimmed();
-        return last.startsWith(scriptName) ? last : QString();
+        QStringList commands = line.section(QLatin1Char('|'), 1).split(QLatin1Char(';'));
+        return commands.filter(QRegularExpression(QLatin1Char('^') + scriptName))
+            .join(QLatin1String("; "));
     }
     return QString();
 }
