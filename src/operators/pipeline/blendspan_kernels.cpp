@@ -95,22 +95,21 @@ struct Multiply {
     }
 };
 
+/// A divisor below 1 gives white whatever the weight is: as the limit of the quotient, and a
+/// weight of 1. Choices at the end would have compilers divide and take roots twice.
 template <bool wholeNumbers>
 struct Divide {
-    /// A divisor that keeps the lanes that are not looked at from dividing by 0.
-    KESTRANE_ALWAYS_INLINE static double quotient(double a, double b)
+    static constexpr bool kManyTerms = true;
+    KESTRANE_ALWAYS_INLINE static double whole(double a, double b)
     {
-        return a / share<wholeNumbers>(b < 1.0 ? 1.0 : b);
+        const bool none = b < 1.0;
+        const double quotient = lesser(a / share<wholeNumbers>(none ? 1.0 : b), kFull);
+        return none ? kFull : quotient;
     }
     KESTRANE_ALWAYS_INLINE static double mix(double a, double b, double t)
     {
-        const double mixed = rootMix(squareToWhite(quotient(a, b)), a, t);
-        return b < 1.0 ? kFull : mixed;
-    }
-    KESTRANE_ALWAYS_INLINE static double whole(double a, double b)
-    {
-        const double limited = lesser(quotient(a, b), kFull);
-        return b < 1.0 ? kFull : limited;
+        const double quotient = whole(a, b);
+        return rootMix(quotient * quotient, a, b < 1.0 ? 1.0 : t);
     }
 };
 
@@ -125,16 +124,40 @@ KESTRANE_ALWAYS_INLINE uint16_t stored(double value)
     return uint16_t(int(value));
 }
 
+// Loops that only know doubles run in vectors of four. One that starts or ends with samples
+// runs in steps of sixteen, and with more than a few terms it is out of registers.
+
+void widen(const uint16_t *__restrict__ plane, double *__restrict__ wide, ptrdiff_t count)
+{
+    for (ptrdiff_t i = 0; i < count; ++i)
+        wide[i] = double(int(plane[i]));
+}
+
+void narrow(const double *__restrict__ wide, uint16_t *__restrict__ plane, ptrdiff_t count)
+{
+    for (ptrdiff_t i = 0; i < count; ++i)
+        plane[i] = stored(wide[i]);
+}
+
 /// One plane of a block under weights of its own.
 template <class Mode, bool reversed>
 void mixPlane(uint16_t *__restrict__ plane, const double *__restrict__ results,
               const double *__restrict__ weights, ptrdiff_t count)
 {
-    for (ptrdiff_t i = 0; i < count; ++i) {
-        const double old = double(int(plane[i]));
-        plane[i] = stored(reversed ? Mode::mix(results[i], old, 1.0 - weights[i])
-                                   : Mode::mix(old, results[i], weights[i]));
+    if constexpr (!requires { Mode::kManyTerms; }) {
+        for (ptrdiff_t i = 0; i < count; ++i) {
+            const double old = double(int(plane[i]));
+            plane[i] = stored(reversed ? Mode::mix(results[i], old, 1.0 - weights[i])
+                                       : Mode::mix(old, results[i], weights[i]));
+        }
+        return;
     }
+    double mixed[ResultBlock::kSize];
+    widen(plane, mixed, count);
+    for (ptrdiff_t i = 0; i < count; ++i)
+        mixed[i] = reversed ? Mode::mix(results[i], mixed[i], 1.0 - weights[i])
+                            : Mode::mix(mixed[i], results[i], weights[i]);
+    narrow(mixed, plane, count);
 }
 
 /// One plane of a fully selected block, where the old sample comes first.
@@ -299,27 +322,29 @@ struct ValueBlock {
     uint16_t most[ResultBlock::kSize];
 };
 
-void splitValues(const MixSpan &block, ValueBlock *parts)
+void splitValues(const MixSpan &block, ValueBlock *__restrict__ parts)
 {
-    const uint16_t *__restrict__ red = block.red;
-    const uint16_t *__restrict__ green = block.green;
-    const uint16_t *__restrict__ blue = block.blue;
+    double red[ResultBlock::kSize], green[ResultBlock::kSize], blue[ResultBlock::kSize];
+    widen(block.red, red, block.count);
+    widen(block.green, green, block.count);
+    widen(block.blue, blue, block.count);
     for (ptrdiff_t i = 0; i < block.count; ++i) {
-        const Hsv hsv =
-            inlined::rgbToHsv({double(int(red[i])), double(int(green[i])), double(int(blue[i]))});
+        const Hsv hsv = inlined::rgbToHsv({red[i], green[i], blue[i]});
         parts->hue[i] = hsv.hue;
         parts->saturation[i] = hsv.saturation;
     }
     for (ptrdiff_t i = 0; i < block.count; ++i) {
-        const uint16_t most = red[i] > green[i] ? red[i] : green[i];
-        parts->most[i] = most > blue[i] ? most : blue[i];
+        const uint16_t most = block.red[i] > block.green[i] ? block.red[i] : block.green[i];
+        parts->most[i] = most > block.blue[i] ? most : block.blue[i];
     }
 }
 
-void joinValues(const ValueBlock &parts, ptrdiff_t count, ResultBlock *results)
+void joinValues(const ValueBlock &parts, ptrdiff_t count, ResultBlock *__restrict__ results)
 {
+    double most[ResultBlock::kSize];
+    widen(parts.most, most, count);
     for (ptrdiff_t i = 0; i < count; ++i) {
-        const double value = double(int(parts.most[i])) * 100.0 / kFull;
+        const double value = most[i] * 100.0 / kFull;
         const Rgb rgb = inlined::hsvToRgb({parts.hue[i], parts.saturation[i], value});
         results->red[i] = rgb.red;
         results->green[i] = rgb.green;
