@@ -22,6 +22,7 @@
 class DownloadManager;
 class Layers;
 class Notations;
+class OpFavorites;
 class Operators;
 struct PreferencesExtras;
 class Recovery;
@@ -127,6 +128,8 @@ public:
     void notationsChanged(image *img, int chosen) override;
     void editNotation(imgWindow *window, int index) override;
     void pointerOver(imgWindow *window, int x, int y) override;
+    void dropperPicked(image *img, const QRect &samples) override;
+    void dropperEnded(bool hasRead) override;
     void openView(image *img) override;
     void windowClosed(imgWindow *window) override;
     void recordFrameMargins(imgWindow *window) override;
@@ -179,6 +182,8 @@ public slots:
     void on_actionPrevious_Image_triggered();
     void on_actionApply_Again_triggered();
     void on_actionShow_Operators_triggered();
+    void on_actionOperator_Favorites_triggered(bool on);
+    void on_actionSplit_View_triggered(bool on);
     void on_actionRestore_from_Origin_triggered();
     void on_actionInformation_triggered();
     void on_actionNotations_triggered();
@@ -266,6 +271,10 @@ private:
     void restorePosition();
     void placeOperators();
 
+    // mainwindow_operators.cpp: what the operators need around their dialog
+    void connectOperators();
+    void digitAction(int entry);
+
     // mainwindow_menus.cpp: menus, labels and the way of a command
     void buildMenus();
     void connectCommands();
@@ -294,7 +303,7 @@ private:
 
     // mainwindow_select.cpp: acts on the whole selection, shapes
     image *selectedImage() const;
-    void changeSelectionBy(const QString &title, const QString &explanation, int *samples, int most,
+    void changeSelectionBy(const char *word, const QString &title, const QString &explanation, int *samples, int most,
                            bool (*act)(image *, int));
 
     void sendKey(int key, Qt::KeyboardModifiers modifiers);
@@ -356,6 +365,7 @@ private:
     QTimer scriptPreview;
     std::unique_ptr<colorblending> blendState;
     Operators *operators = nullptr; ///< a child, deleted before the table it shows
+    OpFavorites *favorites = nullptr; ///< likewise
     DownloadManager *downloadManager = nullptr;
     QPointer<QProgressDialog> progressDialog;
     QActionGroup *blendGroup = nullptr;

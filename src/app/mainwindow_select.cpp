@@ -36,20 +36,24 @@ void MainWindow::on_actionDelete_Selection_triggered()
 void MainWindow::on_actionSelect_Alpha_triggered()
 {
     image *img = selectedImage();
-    if (img && actOnSelection(img, [img]() { return selectFromAlpha(img); }))
+    if (img && actOnSelection(
+                   img, [img]() { return selectFromAlpha(img); }, QStringLiteral("alpha")))
         statusText(tr("Selected as much as it is opaque"));
 }
 
 void MainWindow::on_actionSelect_Luma_triggered()
 {
     image *img = selectedImage();
-    if (img && actOnSelection(img, [img]() { return selectFromLuma(img); }))
+    if (img && actOnSelection(
+                   img, [img]() { return selectFromLuma(img); }, QStringLiteral("luma")))
         statusText(tr("Selected as much as it is bright"));
 }
 
-/// Asks for a number of samples and has the current selection changed by it.
-void MainWindow::changeSelectionBy(const QString &title, const QString &explanation, int *samples,
-                                   int most, bool (*act)(image *, int))
+/// Asks for a number of samples and has the current selection changed by it. `word` stands for
+/// the act in recorded scripts.
+void MainWindow::changeSelectionBy(const char *word, const QString &title,
+                                   const QString &explanation, int *samples, int most,
+                                   bool (*act)(image *, int))
 {
     image *img = selectedImage();
     if (!img)
@@ -61,25 +65,27 @@ void MainWindow::changeSelectionBy(const QString &title, const QString &explanat
     ParameterDialog dialog(title, explanation, title, this);
     dialog.whole("samples", tr("&By"), samples, {1, double(most), 0, tr(" samples")}, QString());
     if (dialog.ask() && img == selectedImage() &&
-        actOnSelection(img, [=]() { return act(img, *samples); }))
+        actOnSelection(
+            img, [=]() { return act(img, *samples); },
+            QStringLiteral("%1 %2").arg(QLatin1String(word)).arg(*samples)))
         statusText(tr("%1: %2 samples").arg(title).arg(*samples));
 }
 
 void MainWindow::on_actionGrow_Selection_triggered()
 {
-    changeSelectionBy(tr("Grow"), tr("Moves the edge of the selection outwards."), &growth,
+    changeSelectionBy("grow", tr("Grow"), tr("Moves the edge of the selection outwards."), &growth,
                       kMostGrowth, growSelection);
 }
 
 void MainWindow::on_actionShrink_Selection_triggered()
 {
-    changeSelectionBy(tr("Shrink"), tr("Moves the edge of the selection inwards."), &growth,
-                      kMostGrowth, shrinkSelection);
+    changeSelectionBy("shrink", tr("Shrink"), tr("Moves the edge of the selection inwards."),
+                      &growth, kMostGrowth, shrinkSelection);
 }
 
 void MainWindow::on_actionFeather_Selection_triggered()
 {
-    changeSelectionBy(tr("Feather"),
+    changeSelectionBy("feather", tr("Feather"),
                       tr("Makes the edge of the selection soft, as far to either side."), &feather,
                       kMostFeather, featherSelection);
 }

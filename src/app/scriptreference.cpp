@@ -40,6 +40,21 @@ constexpr struct {
     {"text", QT_TRANSLATE_NOOP("ScriptReference",
                                "Selects a text in the shape of its letters; Y is the bottom of "
                                "the line. m_fontpoints is its size.")},
+    {"area", QT_TRANSLATE_NOOP("ScriptReference",
+                               "Selects as the area tools and the Selection menu do, by the "
+                               "settings that the tools have.")},
+    {"selection",
+     QT_TRANSLATE_NOOP("ScriptReference", "A whole selection, as recorded macros keep it.")},
+    {"use", QT_TRANSLATE_NOOP("ScriptReference",
+                              "Gives a setting or a parameter of an operator a value for the rest "
+                              "of the run, or all settings of selecting and applying their "
+                              "defaults.")},
+    {"shape", QT_TRANSLATE_NOOP("ScriptReference",
+                                "Multiplies the selection by the blend curve and inverts it if "
+                                "that is set, as Apply does first.")},
+    {"perform", QT_TRANSLATE_NOOP("ScriptReference",
+                                  "Runs an operator with its present parameters, also one that "
+                                  "has no line of its own.")},
 };
 
 /// Keywords of the statements that steer a run; to the expressions they are functions.

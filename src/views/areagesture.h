@@ -46,6 +46,8 @@ public:
     bool rerunWand();
     /// The wand's mask into the image of `taker`, which the figure is handed to at an offset.
     bool produceWand(imgWindow *taker, QPoint offset);
+    /// The sample of this window's image that the wand was clicked on last.
+    QPoint wandSample() const { return wandPlace; }
     /// A mask job of the wand is over: starts the next one if the tolerance has moved on.
     void wandJobEnded();
     /// Completes a selection that mask jobs are making.

@@ -3,13 +3,12 @@
 
 #include "area/areastate.h"
 #include "area/areatools.h"
+#include "area/commitfigure.h"
 #include "area/maskops.h"
-#include "area/outline.h"
-#include "area/producers.h"
-#include "area/smoothing.h"
 #include "area/wand.h"
 #include "core/image.h"
 #include "core/workspace.h"
+#include "script/run/macrorecorder.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 #include "views/windowacts.h"
@@ -17,7 +16,6 @@
 #include <QCoreApplication>
 #include <QPointer>
 
-#include <cstdlib>
 #include <iterator>
 #include <optional>
 
@@ -42,176 +40,114 @@ constexpr const char *kToolNames[] = {QT_TRANSLATE_NOOP("imgWindow", "Rectangle"
                                       QT_TRANSLATE_NOOP("imgWindow", "Polyspline"),
                                       QT_TRANSLATE_NOOP("imgWindow", "P-Shape")};
 
-bool drawsFigure(int tool)
+AreaPoint pointIn(QPoint place)
 {
-    return tool != kToolEntire && tool != kToolRedo && tool != kToolWand;
-}
-
-bool drawsList(int tool)
-{
-    return tool == kToolPolygon || tool == kToolPencil || tool == kToolPolyspline;
+    return {place.x(), place.y()};
 }
 
 /// A figure on its way into the selection of an image.
 class Figure
 {
 public:
-    Figure(imgWindow *drawnIn, imgWindow *takenBy, QPoint place, int drawnWith)
-        : window(drawnIn), taker(takenBy), img(takenBy->img), offset(place), tool(drawnWith)
-    {
-    }
+    Figure(imgWindow *drawnIn, imgWindow *takenBy, QPoint place, int drawnWith);
     /// Makes it the selection; false, with the selection as it was, if it could not be.
     bool select(bool dragged);
-    bool outlineEmpty() const { return nothingToOutline; }
-    bool lacksMemory() const { return shortOfMemory; }
+    bool outlineEmpty() const { return result.nothingToOutline; }
+    bool lacksMemory() const { return result.shortOfMemory; }
     QString report() const;
 
 private:
-    bool empty() const;
-    bool make();
-    bool produce(bool clear) const;
-    bool produceShape(bool clear) const;
-    void smooth();
-    void join() const;
+    bool joins() const;
+    void record(MacroRecorder *recorder, int listed) const;
 
     imgWindow *window, *taker;
     image *img;
     QPoint offset; ///< of the image in the one that the figure was drawn in
-    int tool;
-    int listed = 0; ///< points of the shared list
-    bool nothingToOutline = false;
-    bool shortOfMemory = false;
+    ToolFigure figure;
+    FigureResult result;
 };
 
-bool Figure::empty() const
+Figure::Figure(imgWindow *drawnIn, imgWindow *takenBy, QPoint place, int drawnWith)
+    : window(drawnIn), taker(takenBy), img(takenBy->img), offset(place)
 {
-    constexpr int leastPoints = 3;
-    const AreaState *state = areaState();
-    if (drawsList(tool))
-        return state->pointCount < leastPoints;
-    return (tool == kToolPShape && !state->shape.usable()) ||
-           (tool == kToolRedo && state->savedSelection.empty());
+    const Workspace &space = *workspace();
+    const AreaGesture &gesture = window->gesture;
+    // The producers make squares and circles by themselves.
+    const bool constrain = gesture.constrain;
+    QPoint start = sampleUnder(gesture.bandStart);
+    QPoint end = sampleUnder(constrain ? gesture.bandEnd : gesture.shownEnd());
+    figure.tool = drawnWith;
+    figure.constrained = constrain && drawnWith != kToolNumericRectangle;
+    if (drawnWith == kToolNumericRectangle) {
+        start = {space.nrectX1, space.nrectY1};
+        end = {space.nrectX2, space.nrectY2};
+    } else if (drawnWith == kToolWand) {
+        start = gesture.wandSample();
+        figure.wand = [this]() { return window->gesture.produceWand(taker, offset); };
+    }
+    figure.first = pointIn(start - offset);
+    figure.last = pointIn(end - offset);
+    figure.shapeShift = pointIn(-offset);
+}
+
+/// In selectMode the operator is applied through the figure alone.
+bool Figure::joins() const
+{
+    return !workspace()->selectMode && (window->addToMask || window->subtractFromMask);
 }
 
 bool Figure::select(bool dragged)
 {
     AreaState *state = areaState();
-    if (!state || !img->gmask || empty())
+    if (!state || !img->gmask || figure.empty())
         return false;
     if (!dragged)
         taker->beginMaskDrag();
-    const bool selectMode = workspace()->selectMode;
-    const bool joins = !selectMode && (window->addToMask || window->subtractFromMask);
-    if (joins && !taker->backSaved && !taker->saveBackMask()) {
-        shortOfMemory = true;
+    if (joins() && !taker->backSaved && !taker->saveBackMask()) {
+        result.shortOfMemory = true;
         return false;
     }
-    std::optional<UndoRecord> record;
-    if (!selectMode && !taker->actRecorded) // the operator makes its own
-        record.emplace(img);
-    if (drawsList(tool))
+    const bool recorded = taker->actRecorded; // by the drag, which has changed the selection
+    MacroRecorder *recorder = viewHost() ? viewHost()->recorder() : nullptr;
+    if (recorder)
+        recorder->areaBegins(*img, joins(),
+                             recorded && !img->undoList.isEmpty() ? img->undoList.last() : nullptr);
+    std::optional<UndoRecord> undoRecord;
+    if (!workspace()->selectMode && !recorded) // the operator makes its own
+        undoRecord.emplace(img);
+    if (figure.drawsList())
         for (int i = 0; i < state->pointCount; ++i)
             state->points[i] = {state->points[i].x - offset.x(), state->points[i].y - offset.y()};
-    if (!make())
+    const int listed = state->pointCount;
+    result = commitFigure(img, figure);
+    if (!result.made)
         return false;
-    if (record)
-        record->keep();
-    if (joins)
-        join();
+    if (undoRecord)
+        undoRecord->keep();
+    if (joins())
+        combineMasks(img->gmask, taker->backCopy(), img->width, img->height, window->addToMask);
+    if (recorder)
+        record(recorder, listed);
     return true;
 }
 
-bool Figure::make()
+void Figure::record(MacroRecorder *recorder, int listed) const
 {
-    const Workspace &space = *workspace();
-    listed = areaState()->pointCount;
-    if (!produce(true))
-        return false;
-    const auto smooths = smoothingSwitch(tool);
-    if (smooths && space.*smooths && space.mainOpIndex != kOpMeasure)
-        smooth();
-    img->saveMask();
-    if (space.outlineObject && tool != kToolRedo) {
-        const OutlineResult outlined = outlineSelect(img);
-        nothingToOutline = outlined == OutlineResult::Nothing;
-        shortOfMemory = shortOfMemory || outlined == OutlineResult::NoMemory;
-    }
-    if (tool != kToolRedo)
-        areaState()->savedSelection.copyFrom(*img);
-    return true;
-}
-
-/// A line would be paler than it was drawn: it is drawn again over its smooth border.
-void Figure::smooth()
-{
-    const Workspace &space = *workspace();
-    shortOfMemory = !smoothSelection(img, space.aarange, space.aaamount);
-    if (!drawsFigure(tool) || (space.filledFigure && !space.openFigure))
-        return;
-    areaState()->pointCount = listed;
-    produce(false);
-}
-
-bool Figure::produce(bool clear) const
-{
-    const Workspace &space = *workspace();
-    const AreaGesture &gesture = window->gesture;
-    const QPoint start = sampleUnder(gesture.bandStart) - offset;
-    // The producers make squares and circles by themselves.
-    const QPoint end =
-        sampleUnder(gesture.constrain ? gesture.bandEnd : gesture.shownEnd()) - offset;
-    switch (tool) {
-    case kToolRectangle:
-        return rectSelect(img, start.x(), start.y(), end.x(), end.y(), gesture.constrain, clear);
-    case kToolNumericRectangle:
-        return rectSelect(img, space.nrectX1 - offset.x(), space.nrectY1 - offset.y(),
-                          space.nrectX2 - offset.x(), space.nrectY2 - offset.y(), false, clear);
-    case kToolEllipse:
-        return ellipseSelect(img, start.x(), start.y(), std::abs(end.x() - start.x()),
-                             std::abs(end.y() - start.y()), gesture.constrain, clear);
-    case kToolEntire:
-        return entireSelect(img, clear);
-    case kToolPolygon:
-    case kToolPencil:
-        return polygonSelect(img, clear);
-    case kToolPolyspline:
-        return splineSelect(img, clear);
-    case kToolRedo:
-        return redoSelect(img);
-    case kToolWand:
-        return window->gesture.produceWand(taker, offset);
-    default:
-        return produceShape(clear);
-    }
-}
-
-/// The shape stands where it was put in the window; its centre goes along into a layer.
-bool Figure::produceShape(bool clear) const
-{
-    PShape &shape = areaState()->shape;
-    const double x = shape.xCenter, y = shape.yCenter;
-    shape.xCenter -= offset.x();
-    shape.yCenter -= offset.y();
-    const bool made = pshapeSelect(img, clear);
-    shape.xCenter = x;
-    shape.yCenter = y;
-    return made;
-}
-
-void Figure::join() const
-{
-    combineMasks(img->gmask, taker->backCopy(), img->width, img->height, window->addToMask);
+    AreaJoin join = AreaJoin::Replace;
+    if (joins())
+        join = window->addToMask ? AreaJoin::Add : AreaJoin::Subtract;
+    recorder->figureDone(*img, figure, join, listed);
 }
 
 QString Figure::report() const
 {
-    const QString name = translated(kToolNames[tool]);
-    if (shortOfMemory)
+    const QString name = translated(kToolNames[figure.tool]);
+    if (result.shortOfMemory)
         return translated("%1: not enough memory for all of it").arg(name);
     const Bounds found = img->maskBounds();
     if (found.left > found.right || found.top > found.bottom)
         return translated("%1: nothing selected").arg(name);
-    if (tool == kToolWand)
+    if (figure.tool == kToolWand)
         return wandStatus(workspace()->wandTolerance, workspace()->globalPick);
     return translated("%1: %2 x %3 selected at %4, %5")
         .arg(name)

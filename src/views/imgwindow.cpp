@@ -5,6 +5,7 @@
 #include "core/memory.h"
 #include "core/workspace.h"
 #include "operators/base/operatortable.h"
+#include "script/run/macrorecorder.h"
 #include "views/snapping.h"
 #include "views/viewhost.h"
 #include "views/viewrender.h"
@@ -335,7 +336,12 @@ void imgWindow::prepareAndApply(image *target)
     settleJobs();
     for (imgWindow *window : host->windowsOf(target))
         window->settleJobs(); // their jobs read the image
+    MacroRecorder *recorder = host->recorder();
+    if (recorder)
+        recorder->shapeBegins(*target);
     host->operatorTable()->prepareAndApply(target, true);
+    if (recorder)
+        recorder->shapeEnds();
 }
 
 void imgWindow::applyHere()

@@ -3,6 +3,7 @@
 #include "core/image.h"
 #include "core/undo.h"
 #include "core/workspace.h"
+#include "script/run/macrorecorder.h"
 #include "views/clipboardacts.h"
 #include "views/commitselection.h"
 #include "views/imgwindow.h"
@@ -29,13 +30,22 @@ struct History {
     GroupResult (*groupStep)(image *);
     int command;
     const char *noTarget;
+    void (MacroRecorder::*record)(const image &);
 };
 const History kBack = {
-    &image::undoList, undo, groupUndo, kCommandUndo,
-    QT_TRANSLATE_NOOP("imgWindow", "Can't undo from master without<br>assigned target")};
+    &image::undoList,
+    undo,
+    groupUndo,
+    kCommandUndo,
+    QT_TRANSLATE_NOOP("imgWindow", "Can't undo from master without<br>assigned target"),
+    &MacroRecorder::undone};
 const History kForth = {
-    &image::redoList, redo, groupRedo, kCommandRedo,
-    QT_TRANSLATE_NOOP("imgWindow", "Can't redo from master without<br>assigned target")};
+    &image::redoList,
+    redo,
+    groupRedo,
+    kCommandRedo,
+    QT_TRANSLATE_NOOP("imgWindow", "Can't redo from master without<br>assigned target"),
+    &MacroRecorder::redone};
 
 /// A master's target, or null if there is none that is still an image.
 image *targetOf(const image *master)
@@ -57,6 +67,13 @@ void historyChanged(image *img)
         host->updateMenus();
 }
 
+void stepped(image *img, const History &way)
+{
+    if (MacroRecorder *recorder = viewHost() ? viewHost()->recorder() : nullptr)
+        (recorder->*way.record)(*img);
+    historyChanged(img);
+}
+
 void stepGroup(image *img, const History &way)
 {
     const GroupResult result = way.groupStep(img);
@@ -64,7 +81,7 @@ void stepGroup(image *img, const History &way)
         workspace()->messageBox(QString(), result.refusal);
         return;
     }
-    historyChanged(img);
+    stepped(img, way);
 }
 
 void stepHistory(image *img, const History &way)
@@ -89,7 +106,7 @@ void stepHistory(image *img, const History &way)
         return;
     }
     way.step(img);
-    historyChanged(img);
+    stepped(img, way);
 }
 
 /// The dialog may be open when the window or the image goes.

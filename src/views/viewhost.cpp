@@ -77,6 +77,11 @@ OperatorTable *ViewHost::operatorTable()
     return nullptr;
 }
 
+MacroRecorder *ViewHost::recorder()
+{
+    return nullptr;
+}
+
 void ViewHost::makeCurrent(imgWindow *window)
 {
     currentWindow = window;

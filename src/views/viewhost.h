@@ -7,6 +7,7 @@
 #include <QString>
 #include <QUrl>
 
+class MacroRecorder;
 class OperatorTable;
 class QKeyEvent;
 class QWidget;
@@ -53,6 +54,8 @@ public:
 
     /// The operators, or null while there are none.
     virtual OperatorTable *operatorTable();
+    /// Writes what is done by hand as a script, or null where nothing does.
+    virtual MacroRecorder *recorder();
     virtual void makeCurrent(imgWindow *window);
     /// A window command starts or is over; `centre` is the client centre in image samples.
     virtual void commandRunning(bool running, QPointF centre);

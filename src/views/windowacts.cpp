@@ -10,6 +10,7 @@
 #include "formats/load.h"
 #include "formats/orient.h"
 #include "layers/stack.h"
+#include "script/run/macrorecorder.h"
 #include "views/imgwindow.h"
 #include "views/viewhost.h"
 
@@ -226,16 +227,21 @@ UndoRecord::~UndoRecord()
     workspace()->undoStateChanged(img);
 }
 
-bool actOnSelection(image *img, const std::function<bool()> &act)
+bool actOnSelection(image *img, const std::function<bool()> &act, const QString &words)
 {
     for (imgWindow *window : viewHost() ? viewHost()->windowsOf(img) : QList<imgWindow *>())
         window->settleJobs(); // or a late mask would replace what is made here
+    MacroRecorder *recorder = viewHost() ? viewHost()->recorder() : nullptr;
+    if (recorder)
+        recorder->areaBegins(*img, MacroRecorder::usesSelection(words));
     UndoRecord record(img);
     if (!act()) {
         workspace()->statusText(translated("Not enough memory: the selection is as it was"));
         return false;
     }
     record.keep();
+    if (recorder)
+        recorder->areaDone(*img, words);
     selectionChanged(img);
     return true;
 }
@@ -247,12 +253,15 @@ void selectWhole(image *img, bool selected)
     const uint16_t value = selected ? 65535 : 0;
     const uint16_t *first = img->gmask, *end = first + img->sampleCount();
     if (std::any_of(first, end, [value](uint16_t sample) { return sample != value; }))
-        actOnSelection(img, [=]() { return img->fillGmask(value), true; });
+        actOnSelection(
+            img, [=]() { return img->fillGmask(value), true; },
+            selected ? QStringLiteral("all") : QStringLiteral("none"));
 }
 
 void invertSelection(image *img)
 {
-    actOnSelection(img, [img]() { return img->invertMask(), true; });
+    actOnSelection(
+        img, [img]() { return img->invertMask(), true; }, QStringLiteral("invert"));
 }
 
 void setSelectMode(bool on)

@@ -3,6 +3,7 @@
 
 #include <QList>
 #include <QSize>
+#include <QString>
 
 #include <functional>
 
@@ -59,7 +60,9 @@ private:
 
 /// Changes an image's selection by `act`, which returns false, with the selection as it was,
 /// if memory is short: then that is told and no undo record is left. True if it was done.
-bool actOnSelection(image *img, const std::function<bool()> &act);
+/// `words` stand behind the verb `area` in a recorded script; without any the selection itself
+/// is recorded.
+bool actOnSelection(image *img, const std::function<bool()> &act, const QString &words = {});
 
 /// Sets the whole selection to one value, with an undo record if that changes anything.
 void selectWhole(image *img, bool selected);

@@ -117,6 +117,17 @@ bool ScriptRunner::execute(PreparedStatement *statement, int *index, StatementRe
 
 // --- Operators and verbs ----------------------------------------------------------------
 
+/// Where an operator is passed over: on a master it cannot work on, which is told, and on a
+/// picture of the preview that it is not for.
+bool ScriptRunner::refusesOperator(const OpWrapper &op) const
+{
+    if (target->kind == 1 && !OperatorTable::allowedOnMaster(op.id)) {
+        parser->report(QStringLiteral("e: %1 does not work on a master").arg(op.scriptName));
+        return true;
+    }
+    return internal && (op.id == kMeasure || op.id == kSample);
+}
+
 bool ScriptRunner::callOperator(const PreparedStatement &statement, QString *errorText)
 {
     OpWrapper *op = statement.op;
@@ -124,11 +135,7 @@ bool ScriptRunner::callOperator(const PreparedStatement &statement, QString *err
         *errorText = kNoImage;
         return false;
     }
-    if (target->kind == 1 && !OperatorTable::allowedOnMaster(op->id)) {
-        parser->report(QStringLiteral("e: %1 does not work on a master").arg(op->scriptName));
-        return true;
-    }
-    if (internal && (op->id == kMeasure || op->id == kSample))
+    if (refusesOperator(*op))
         return true;
     QStringList arguments = statement.tokens.mid(1);
     const int result = op->scriptCall(arguments.size(), &arguments, target, errorText);

@@ -115,6 +115,9 @@ void prepareStatement(PreparedStatement *statement, const QStringList &tokens,
     const QString &first = tokens[0];
     statement->op = table ? table->byScriptName(first) : nullptr;
     statement->verb = findVerb(first);
+    if (statement->verb && statement->verb->yields && tokens.size() > 1 &&
+        (startsSingle(tokens[1], '=') || startsSingle(tokens[1], '~')))
+        statement->verb = nullptr;
     if (statement->op) {
         statement->kind = StatementKind::Operator;
     } else if (statement->verb) {

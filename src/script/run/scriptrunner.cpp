@@ -141,6 +141,7 @@ bool ScriptRunner::setUp(image *newTarget)
 
 void ScriptRunner::cleanUp()
 {
+    settings.restore(table);
     bodies.clear();
     parser->clearVariables();
     parser->arrays.clear();

@@ -4,6 +4,7 @@
 #include "script/engine/genstack.h"
 #include "script/engine/scripthost.h"
 #include "script/run/prepared.h"
+#include "script/run/runsettings.h"
 #include "script/run/statements.h"
 
 #include <QHash>
@@ -17,6 +18,7 @@
 #include <vector>
 
 class OperatorTable;
+class OpWrapper;
 class exParser;
 class image;
 struct Variable;
@@ -101,6 +103,11 @@ public:
     bool wandVerb(const QStringList &tokens);
     bool textVerb(const QStringList &tokens);
     bool vloadVerb(const QStringList &tokens);
+    bool areaVerb(const QStringList &tokens);
+    bool selectionVerb(const QStringList &tokens);
+    bool useVerb(const QStringList &tokens);
+    bool shapeVerb(const QStringList &tokens);
+    bool performVerb(const QStringList &tokens);
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -139,6 +146,7 @@ private:
     bool execute(PreparedStatement *statement, int *index, StatementResult *result);
     bool usageOnly(const PreparedStatement &statement, QString *errorText) const;
     bool callOperator(const PreparedStatement &statement, QString *errorText);
+    bool refusesOperator(const OpWrapper &op) const;
     bool callVerb(const PreparedStatement &statement, QString *errorText);
     void assignText(const PreparedStatement &statement);
     void assignNumber(PreparedStatement *statement);
@@ -156,8 +164,9 @@ private:
     void closeIf();
     bool decide(PreparedStatement *statement);
 
-    // Verbs: verbs.cpp, textverb.cpp, vload.cpp
+    // Verbs: verbs.cpp, textverb.cpp, vload.cpp, recordverbs.cpp
     bool select(bool done, const char *verb);
+    bool selectFigure(const QStringList &tokens, bool replaces, bool adds);
     bool readBox(const QStringList &tokens, int *box) const;
     void takeOrigin(image *picture, bool owned);
     void dropOldOrigin();
@@ -194,5 +203,6 @@ private:
     QHash<QString, std::shared_ptr<PreparedStatement>> bodies;
     Variable *voidRecord = nullptr, *answerRecord = nullptr;
     uint64_t voidGeneration = 0, answerGeneration = 0;
+    RunSettings settings;          ///< those that the run has changed
     image *loadedOrigin = nullptr; ///< owned: an origin image that `vload` read
 };

@@ -42,6 +42,15 @@ constexpr ScriptVerb kVerbs[] = {
      &ScriptRunner::vloadVerb},
     {"text", "text [Font] [X] [Y] [Scale=0.1...2.0] [Text]", 5, kNoLimit, true,
      &ScriptRunner::textVerb},
+    {"area",
+     "area [none, all, invert, alpha, luma, grow N, shrink N, feather N] or area [replace, add, "
+     "subtract] [Figure] [Numbers...]",
+     1, kNoLimit, true, &ScriptRunner::areaVerb, true},
+    {"selection", "selection [WidthxHeight] [Data]", 2, 2, true, &ScriptRunner::selectionVerb,
+     true},
+    {"use", "use [Key] [Value] or use defaults", 1, kNoLimit, false, &ScriptRunner::useVerb, true},
+    {"shape", "shape", 0, 0, true, &ScriptRunner::shapeVerb, true},
+    {"perform", "perform [Operator]", 1, 1, true, &ScriptRunner::performVerb, true},
 };
 } // namespace
 

@@ -15,6 +15,8 @@ struct ScriptVerb {
     bool needsImage;
     /// Acts; false if a parameter is wrong.
     bool (ScriptRunner::*act)(const QStringList &tokens);
+    /// Scripts may have a variable of its name: an assignment with blanks stays one.
+    bool yields = false;
 };
 
 /// Null for a word that is no verb.
