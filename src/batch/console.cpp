@@ -23,6 +23,7 @@ namespace
 /// Longer lines are no script text: they are read to their end and refused.
 constexpr size_t kLongestLine = size_t(16) << 20;
 constexpr int kLongestQuote = 40;
+constexpr int kScriptOperator = 82;
 constexpr int kEnd = std::char_traits<char>::eof();
 
 QString quoted(const QString &text)
@@ -300,7 +301,7 @@ bool Console::brush(const QStringList &)
 bool Console::set(const QStringList &arguments)
 {
     const QString &key = arguments.first();
-    return session->workspace()->setSetting(key, rest.mid(key.size()).trimmed(), &failure);
+    return session->set(key, rest.mid(key.size()).trimmed(), &failure);
 }
 
 bool Console::apply(const QStringList &arguments)
@@ -312,6 +313,8 @@ bool Console::apply(const QStringList &arguments)
         return fail(QStringLiteral("unknown operator ") + quoted(arguments.first()));
     if (target->kind == 1 && !OperatorTable::allowedOnMaster(op->id))
         return fail(op->scriptName + QStringLiteral(" does not work on a master"));
+    if (op->id == kScriptOperator) // which would find another run going on: the console's
+        return fail(QStringLiteral("the console runs scripts line by line: type its statements"));
     const QStringList values = arguments.mid(1);
     QString usage;
     // An operator without a script line runs with its present parameters.

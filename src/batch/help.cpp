@@ -30,7 +30,8 @@ What is worked with
                         from 1; without it the master
       --origin IMAGE    the assigned origin image
       --brush IMAGE     the assigned brush image
-      --set KEY=VALUE   one setting for this run, by its settings key; may be repeated
+      --set KEY=VALUE   one setting, or one parameter of an operator, for this run, by its
+                        settings key; may be repeated
       --settings        start from the settings that the editor has stored; without it
                         the store is not touched. It is never written.
 

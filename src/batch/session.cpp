@@ -82,10 +82,20 @@ void Session::readStoredSettings()
     table.store = nullptr;
 }
 
+bool Session::set(const QString &key, const QString &value, QString *error)
+{
+    if (table.parameterText(key).isNull())
+        return space.setSetting(key, value, error);
+    if (table.setParameter(key, value))
+        return true;
+    *error = QStringLiteral("\"%1\" is no value of %2").arg(value, key);
+    return false;
+}
+
 bool Session::configure(const Options &options, QString *error)
 {
     for (const auto &[key, value] : options.settings)
-        if (!space.setSetting(key, value, error))
+        if (!set(key, value, error))
             return false;
     if (options.rgbaDepth)
         space.rgbaDepth = options.rgbaDepth;

@@ -26,6 +26,10 @@ public:
     /// Sets the workspace by --set, --depth and --quality. False with a reason.
     bool configure(const Options &options, QString *error);
 
+    /// One setting of the workspace, or one parameter of an operator by its whole key. False
+    /// with a reason.
+    bool set(const QString &key, const QString &value, QString *error);
+
     /// Loads a file or makes a fresh image, and makes it the current one. False with a
     /// reason that names it; the current image is then as it was.
     bool load(const QString &input, QString *error);
