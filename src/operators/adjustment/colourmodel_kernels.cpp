@@ -4,6 +4,32 @@
 #include "core/colour_inline.h"
 #include "operators/pipeline/blendspan_inline.h"
 
+namespace
+{
+/// `hues` holds the same hue over and over: of a hue that stays the same the compiler would
+/// make branches, and no vectors of those.
+template <bool setsSaturation>
+void tintBlock(const MixSpan &block, const Tint &tint, const double *__restrict__ hues,
+               ResultBlock *results)
+{
+    const uint16_t *__restrict__ red = block.red;
+    const uint16_t *__restrict__ green = block.green;
+    const uint16_t *__restrict__ blue = block.blue;
+    const double saturation = tint.saturation;
+    const double mix = tint.mix;
+    const double rest = 1.0 - mix;
+    for (ptrdiff_t i = 0; i < block.count; ++i) {
+        const Rgb old{double(int(red[i])), double(int(green[i])), double(int(blue[i]))};
+        const Hsv own = inlined::rgbToHsv(old);
+        const Rgb tinted =
+            inlined::hsvToRgb({hues[i], setsSaturation ? saturation : own.saturation, own.value});
+        results->red[i] = tinted.red * mix + old.red * rest;
+        results->green[i] = tinted.green * mix + old.green * rest;
+        results->blue[i] = tinted.blue * mix + old.blue * rest;
+    }
+}
+} // namespace
+
 namespace KERNEL_NAMESPACE
 {
 void saturateSpan(const MixSpan &span, const BlendPass &pass, double factor)
@@ -25,19 +51,17 @@ void turnHueSpan(const MixSpan &span, const BlendPass &pass, double shift)
     });
 }
 
-void tintSpan(const MixSpan &span, const BlendPass &pass, const Tint &given)
+void tintSpan(const MixSpan &span, const BlendPass &pass, const Tint &tint)
 {
-    // A copy: for all the compiler knows, the results might be written over the original.
-    const Tint tint = given;
-    const double rest = 1.0 - tint.mix;
-    inlined::blendPixels(span, pass, [&tint, rest](Rgb old) KESTRANE_INLINE_LAMBDA {
-        Hsv hsv = inlined::rgbToHsv(old);
-        hsv.hue = tint.hue;
-        hsv.saturation = tint.setsSaturation ? tint.saturation : hsv.saturation;
-        const Rgb tinted = inlined::hsvToRgb(hsv);
-        return Rgb{tinted.red * tint.mix + old.red * rest,
-                   tinted.green * tint.mix + old.green * rest,
-                   tinted.blue * tint.mix + old.blue * rest};
-    });
+    double hues[ResultBlock::kSize];
+    for (double &hue : hues)
+        hue = tint.hue;
+    inlined::blendSpan(span, pass,
+                       [&](const MixSpan &block, ResultBlock *results) KESTRANE_INLINE_LAMBDA {
+                           if (tint.setsSaturation)
+                               tintBlock<true>(block, tint, hues, results);
+                           else
+                               tintBlock<false>(block, tint, hues, results);
+                       });
 }
 } // namespace KERNEL_NAMESPACE

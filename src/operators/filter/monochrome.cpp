@@ -28,7 +28,7 @@ Monochrome::Monochrome(OperatorTable *table) : DeclaredOp(table)
                                {QT_TR_NOOP("Luminance"), QT_TR_NOOP("Average"), QT_TR_NOOP("Red"),
                                 QT_TR_NOOP("Green"), QT_TR_NOOP("Blue"),
                                 QT_TR_NOOP("Red and Green"), QT_TR_NOOP("Red and Blue"),
-                                QT_TR_NOOP("Green and Blue"), QT_TR_NOOP("Own Weights")}),
+                                QT_TR_NOOP("Green and Blue"), QT_TR_NOOP("Own weights")}),
              .inScriptLine = false}); // as a line of its own, see readArguments
     const auto weight = [this](double *field, const char *key, double initial, const char *label) {
         declare({.field = field,
@@ -109,7 +109,7 @@ int Monochrome::dubspin(int index, double value)
     return 1;
 }
 
-/// "Own Weights" keeps the weights as they are.
+/// "Own weights" keeps the weights as they are.
 void Monochrome::usePreset(int index)
 {
     preset = index;
