@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/dialog/keygrabber.h"
 
+#include "views/keytable.h"
+
 #include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLabel>
@@ -38,6 +40,7 @@ void KeyGrabber::keyPressEvent(QKeyEvent *event)
     const QString text = event->text();
     if (!others && text.size() == 1 && text.at(0).isPrint()) {
         typed = text;
+        bound = keyTable().command(event->key(), event->modifiers());
         accept();
         return;
     }

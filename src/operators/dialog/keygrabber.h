@@ -13,10 +13,13 @@ public:
 
     /// The character typed; empty if the present key is to be taken away.
     QString key() const { return typed; }
+    /// The window command that the key is bound to, 0 for none.
+    int command() const { return bound; }
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     QString typed;
+    int bound = 0;
 };

@@ -15,9 +15,11 @@
 
 #include <QColorDialog>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QScreen>
 #include <QSettings>
 #include <QSignalBlocker>
+#include <QStandardItemModel>
 
 namespace
 {
@@ -32,6 +34,10 @@ Operators::Operators(OperatorTable *shownTable, QWidget *parent)
     makeInternalImages();
     builder = new PageBuilder(this, ui->pageArea, ui->setHotkey);
     connect(ui->oppreview, &OpPreview::prod, this, &Operators::prod);
+    refreshTimer.setSingleShot(true);
+    connect(&refreshTimer, &QTimer::timeout, this, &Operators::refreshWhenFree);
+    for (QComboBox *combo : {ui->opCombo, ui->comboBox})
+        combo->installEventFilter(this);
     fillOperatorCombo();
     showPreviewType();
     selectOperator(workspace()->mainOpIndex);
@@ -47,17 +53,37 @@ void Operators::fillOperatorCombo()
 {
     const QSignalBlocker quiet(ui->opCombo);
     ui->opCombo->addItem(tr("No Operator Selected"), 0);
-    for (const OpWrapper *op : table->operators())
+    const auto *items = qobject_cast<QStandardItemModel *>(ui->opCombo->model());
+    for (const OpWrapper *op : table->operators()) {
         ui->opCombo->addItem(op->menuName, op->id);
+        if (!op->self && items)
+            items->item(ui->opCombo->count() - 1)->setEnabled(false);
+    }
+}
+
+bool Operators::isChoosable(int row) const
+{
+    const int id = ui->opCombo->itemData(row).toInt();
+    const OpWrapper *op = table->byId(id);
+    return row >= 0 && (id == 0 || (op && op->self));
 }
 
 void Operators::selectOperator(int id)
 {
-    const int row = std::max(0, ui->opCombo->findData(id));
+    const int found = ui->opCombo->findData(id);
+    const int row = isChoosable(found) ? found : 0;
     if (row != ui->opCombo->currentIndex())
         ui->opCombo->setCurrentIndex(row);
     else
-        on_opCombo_currentIndexChanged(row);
+        rowChosen(row);
+}
+
+int Operators::firstOperator() const
+{
+    for (const OpWrapper *op : table->operators())
+        if (op->self)
+            return op->id;
+    return 0;
 }
 
 OpWrapper *Operators::currentOperator() const
@@ -74,15 +100,28 @@ imgWindow *Operators::currentView() const
 
 void Operators::on_opCombo_currentIndexChanged(int row)
 {
+    // Searching the list by letters can come upon a row without an operator.
+    if (isChoosable(row))
+        rowChosen(row);
+    else
+        ui->opCombo->setCurrentIndex(shownRow);
+}
+
+void Operators::rowChosen(int row)
+{
     const int oldId = table->currentOp;
     const int id = ui->opCombo->itemData(row).toInt();
+    shownRow = row;
     table->currentOp = id;
     workspace()->mainOpIndex = id;
     OpWrapper *op = currentOperator();
     table->page = op ? builder : nullptr;
     builder->rebuild(op);
+    ui->gethelp->setToolTip(op ? tr("Open manual to\n\"%1\"\noperator help page").arg(helpPageName)
+                               : QString());
     emit operatorChanged(id);
-    refreshPreview();
+    updateButtons();
+    schedulePreview();
     if (!viewHost() || (oldId != kIdCenterSelection && id != kIdCenterSelection))
         return;
     for (imgWindow *window : viewHost()->windows)
@@ -93,7 +132,7 @@ void Operators::on_comboBox_currentIndexChanged(int row)
 {
     workspace()->thumbnail = row == kPreviewThumb;
     workspace()->opsX2Preview = row == kPreviewTwo;
-    refreshPreview();
+    schedulePreview();
 }
 
 void Operators::showPreviewType()
@@ -109,19 +148,19 @@ void Operators::on_reset_clicked()
     if (OpWrapper *op = currentOperator())
         op->reset();
     tellScript();
-    refreshPreview();
+    schedulePreview();
 }
 
 void Operators::on_before_pressed()
 {
     beforeShown = true;
-    refreshPreview();
+    scheduleKeepingSource();
 }
 
 void Operators::on_before_released()
 {
     beforeShown = false;
-    refreshPreview();
+    scheduleKeepingSource();
 }
 
 void Operators::on_operate_clicked()
@@ -129,9 +168,16 @@ void Operators::on_operate_clicked()
     emit operateRequested();
 }
 
+void Operators::on_gethelp_clicked()
+{
+    if (const OpWrapper *op = currentOperator())
+        emit helpRequested(op->id);
+}
+
 void Operators::timetopreview()
 {
-    refreshPreview();
+    updateButtons();
+    schedulePreview();
 }
 
 void Operators::updateButtons()
@@ -140,14 +186,16 @@ void Operators::updateButtons()
     ui->operate->setEnabled(op && currentView());
     ui->reset->setEnabled(op);
     ui->setHotkey->setEnabled(op);
+    ui->gethelp->setEnabled(op && !op->helpPage.isEmpty());
     ui->hotkeyLabel->setText(op && !op->hotkey.isEmpty() ? op->hotkey : tr("none"));
+    updateScriptButtons();
 }
 
 void Operators::pressed(int index)
 {
     if (OpWrapper *op = currentOperator())
         op->button(index);
-    refreshPreview();
+    schedulePreview();
 }
 
 void Operators::checked(int index, bool state)
@@ -155,49 +203,49 @@ void Operators::checked(int index, bool state)
     if (OpWrapper *op = currentOperator())
         op->checkbox(index, state);
     tellScript();
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::chosen(int index, int value)
 {
     if (OpWrapper *op = currentOperator())
         op->combo(index, value);
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::spun(int index, int value)
 {
     if (OpWrapper *op = currentOperator())
         op->intspin(index, value);
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::spunDouble(int index, double value)
 {
     if (OpWrapper *op = currentOperator())
         op->dubspin(index, value);
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::slid(int index, int value)
 {
     if (OpWrapper *op = currentOperator())
         op->slider(index, value);
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::typed(int index, const QString &text)
 {
     if (OpWrapper *op = currentOperator())
         op->lineedit(index, text);
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::editor0()
 {
     if (OpWrapper *op = currentOperator())
         op->editor(0, reinterpret_cast<QObject *>(builder->editors.at(0)));
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::tellScript()
@@ -211,7 +259,7 @@ void Operators::ceditor0()
     if (OpWrapper *op = currentOperator())
         op->codeedit(builder->codeEditors.at(0));
     tellScript();
-    refreshPreview();
+    parameterChanged();
 }
 
 void Operators::ccursor0()
@@ -222,9 +270,15 @@ void Operators::ccursor0()
 
 void Operators::colorwellhit(int index, int value)
 {
-    if (OpWrapper *op = currentOperator())
-        op->colorwell(index, value);
-    refreshPreview();
+    const QPointer<OpWrapper> op = currentOperator();
+    if (!op)
+        return;
+    const QColor chosen = QColorDialog::getColor(QColor(QRgb(value)), this, tr("Choose a Color"));
+    // The person may have been away for long: the page may show another operator.
+    if (!chosen.isValid() || op != currentOperator())
+        return;
+    op->colorwell(index, int(chosen.rgb() & 0xFFFFFF));
+    parameterChanged();
 }
 
 void Operators::changeEvent(QEvent *event)
@@ -232,7 +286,13 @@ void Operators::changeEvent(QEvent *event)
     QDialog::changeEvent(event);
     // The preview is drawn over the colours of the palette.
     if (event->type() == QEvent::PaletteChange && builder)
-        refreshPreview();
+        scheduleKeepingSource();
+}
+
+void Operators::resizeEvent(QResizeEvent *event)
+{
+    QDialog::resizeEvent(event);
+    fitScriptButtons();
 }
 
 void Operators::settings(bool save)

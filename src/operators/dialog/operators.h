@@ -5,12 +5,14 @@
 #include "views/scripthighlighter.h"
 
 #include <QDialog>
+#include <QTimer>
 
 #include <memory>
 
 class OperatorTable;
 class OpWrapper;
 class PageBuilder;
+class Script;
 class imgWindow;
 namespace Ui
 {
@@ -26,10 +28,20 @@ public:
     explicit Operators(OperatorTable *shownTable, QWidget *parent = nullptr);
     ~Operators() override;
 
-    /// Makes the operator with this id current (0 for none) and rebuilds the page.
+    /// Makes the operator with this id current and rebuilds the page. Without such an operator
+    /// (0, or a row that has none yet) no operator is current then.
     void selectOperator(int id);
-    /// Runs the current operator on the small preview image and shows it.
+    /// Id of the first operator of the list that can be chosen, 0 if there is none.
+    int firstOperator() const;
+    /// Runs the current operator on the small preview image and shows it, at once.
     void refreshPreview();
+    /// Refreshes the preview when all events at hand are dealt with: however many changes a
+    /// drag makes until then, they cost one refresh, of the last state.
+    void schedulePreview();
+    /// Whether such a refresh is still to come.
+    bool previewPending() const { return refreshTimer.isActive(); }
+    /// A key was typed that nothing else wanted: chooses the operator whose hotkey it is.
+    bool hotkeyPressed(const QString &text);
     /// Dialog settings (opsX2Preview, opsX, opsY, the custom colours) in the table's store.
     void settings(bool save);
     /// Shows the preview type that the workspace's flags stand for.
@@ -44,10 +56,12 @@ public:
     bool modShift = false, modMeta = false, modAlt = false, modControl = false;
 
 public slots:
-    /// Refreshes the preview; without a current image nothing runs and it is cleared.
+    /// The picture, or what the preview follows beside it, changed: refreshes the preview soon.
+    /// Without a current image no operator runs and it is cleared.
     void timetopreview();
     /// Moves the origin of the preview's crop.
     void prod(int dx, int dy);
+    /// Asks for the colour of a well that shows `value`, and hands it to the operator.
     void colorwellhit(int index, int value);
 
     // One slot for each place in the page's pools; the page connects them by name.
@@ -118,8 +132,16 @@ signals:
     void scriptEdited();
     /// Another operator became the current one.
     void operatorChanged(int id);
+    /// The manual page of this operator is wanted.
+    void helpRequested(int id);
+    /// Alt and a digit were pressed: entry 0 to 8 for 1 to 9, entry 9 for 0.
+    void digitAction(int entry);
+    /// The preview was refreshed: a parameter, the operator or the picture is another.
+    void previewRefreshed();
 
 protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
     void changeEvent(QEvent *event) override;
@@ -132,6 +154,9 @@ private slots:
     void on_before_released();
     void on_setHotkey_clicked();
     void on_operate_clicked();
+    void on_gethelp_clicked();
+    void on_buildscript_clicked();
+    void on_reset_2_clicked();
 
 private:
     OpWrapper *currentOperator() const;
@@ -151,6 +176,11 @@ private:
     void slid(int index, int value);
     void typed(int index, const QString &text);
     void tellScript();
+    void rowChosen(int row);
+    bool isChoosable(int row) const;
+    Script *scriptOperator() const;
+    void updateScriptButtons();
+    void fitScriptButtons();
 
     /// The crop or thumbnail that a preview starts from, and where it goes.
     struct PreviewPlan {
@@ -159,21 +189,43 @@ private:
         int x, y;
         bool x2;
     };
+    /// As schedulePreview, after a change that leaves the picture's samples alone: what was
+    /// made of them for the last preview may serve again.
+    void scheduleKeepingSource();
+    /// After the operator's handler: the preview and the split views follow.
+    void parameterChanged();
+    void refreshWhenFree();
+    void showPreview();
+    bool isWorkGoingOn() const;
     void makeInternalImages();
     bool planPreview(imgWindow *window, PreviewPlan *plan);
+    bool fillThumbnail(const image *img);
     void runPreview(const PreviewPlan &plan);
     void clearPreview();
 
     void recordModifiers(Qt::KeyboardModifiers modifiers);
+    bool handleKey(QKeyEvent *event);
+    const OpWrapper *operatorOfHotkey(const QString &text) const;
     bool passToMainWindow(QKeyEvent *event);
     bool viewKey(int key);
     bool moveByArrow(int key);
     void setOrigin(int x, int y);
     void stepOperator(int step);
     void refuseKey(const QString &title, const QString &text);
-    void assignHotkey(OpWrapper *op, const QString &key);
+    void assignHotkey(OpWrapper *op, const QString &key, int command);
 
     std::unique_ptr<Ui::Operators> ui;
     PageBuilder *builder = nullptr;
     std::unique_ptr<image> preview, previewHalf, previewThumb;
+    QTimer refreshTimer;
+    /// What the thumbnail was made of.
+    struct ThumbnailSource {
+        const image *img = nullptr;
+        const uint16_t *plane = nullptr;
+        int serial = 0, width = 0, height = 0, layerMode = 0, acts = 0;
+        QString changedAt;
+        bool operator==(const ThumbnailSource &other) const = default;
+    } thumbnailSource;
+    bool sourceStale = true; ///< the samples may be others than at the last preview
+    int shownRow = 0;        ///< of the list of operators
 };

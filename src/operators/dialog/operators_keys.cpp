@@ -7,10 +7,12 @@
 #include "operators/dialog/keygrabber.h"
 #include "operators/dialog/oppreview.h"
 #include "views/imgwindow.h"
+#include "views/keytable.h"
 #include "views/viewhost.h"
 
 #include "ui_operators.h"
 
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QKeyEvent>
@@ -24,6 +26,8 @@ namespace
 {
 /// A command of its own, which a hotkey would hide.
 constexpr QChar kReservedKey = QLatin1Char('h');
+/// It steps through the operators in the dialog.
+constexpr QChar kStepKey = QLatin1Char('n');
 constexpr int kWarningWidth = 500, kWarningHeight = 200;
 
 /// Operators with text fields: there, Control and a letter belong to the text.
@@ -46,12 +50,51 @@ void Operators::recordModifiers(Qt::KeyboardModifiers modifiers)
 
 void Operators::keyPressEvent(QKeyEvent *event)
 {
+    if (!handleKey(event))
+        QDialog::keyPressEvent(event);
+}
+
+bool Operators::handleKey(QKeyEvent *event)
+{
     if (viewHost() && viewHost()->globalKey(event))
-        return;
+        return true;
     recordModifiers(event->modifiers());
     if (passToMainWindow(event) || (currentView() && viewKey(event->key())))
-        return;
-    QDialog::keyPressEvent(event);
+        return true;
+    return !modAlt && !modMeta && hotkeyPressed(event->text());
+}
+
+/// A list box would search its entries for every letter, with or without Control and Alt.
+bool Operators::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress || !qobject_cast<QComboBox *>(watched))
+        return QDialog::eventFilter(watched, event);
+    auto *key = static_cast<QKeyEvent *>(event);
+    const bool opensList = key->key() == Qt::Key_Up || key->key() == Qt::Key_Down;
+    const bool withCommand =
+        key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    if ((withCommand && !opensList) || key->key() == Qt::Key_N || operatorOfHotkey(key->text()))
+        return handleKey(key);
+    return false;
+}
+
+const OpWrapper *Operators::operatorOfHotkey(const QString &text) const
+{
+    for (const OpWrapper *op : table->operators())
+        if (op->self && text.size() == 1 && op->hotkey == text)
+            return op;
+    return nullptr;
+}
+
+bool Operators::hotkeyPressed(const QString &text)
+{
+    const OpWrapper *op = operatorOfHotkey(text);
+    if (!op)
+        return false;
+    if (op->id != table->currentOp)
+        selectOperator(op->id);
+    workspace()->statusText(tr("Operator: %1").arg(op->menuName));
+    return true;
 }
 
 void Operators::keyReleaseEvent(QKeyEvent *event)
@@ -88,6 +131,8 @@ bool Operators::viewKey(int key)
         setOrigin(img->width - kPreviewSide, img->height - kPreviewSide);
     else if (key == Qt::Key_Home)
         setOrigin(0, 0);
+    else if (modAlt && key >= Qt::Key_0 && key <= Qt::Key_9)
+        emit digitAction((key - Qt::Key_0 + 9) % 10);
     else
         return moveByArrow(key);
     return true;
@@ -114,13 +159,17 @@ void Operators::setOrigin(int x, int y)
     imgWindow *window = currentView();
     window->previewX = x;
     window->previewY = y;
-    refreshPreview();
+    scheduleKeepingSource();
 }
 
+/// To the next row in that direction that can be chosen, if there is one.
 void Operators::stepOperator(int step)
 {
-    const int row = ui->opCombo->currentIndex() + step;
-    ui->opCombo->setCurrentIndex(std::clamp(row, 0, ui->opCombo->count() - 1));
+    int row = ui->opCombo->currentIndex() + step;
+    while (row >= 0 && row < ui->opCombo->count() && !isChoosable(row))
+        row += step;
+    if (row >= 0 && row < ui->opCombo->count())
+        ui->opCombo->setCurrentIndex(row);
 }
 
 void Operators::on_setHotkey_clicked()
@@ -130,10 +179,10 @@ void Operators::on_setHotkey_clicked()
         return;
     KeyGrabber grabber(op->menuName, !op->hotkey.isEmpty(), this);
     if (grabber.exec() == QDialog::Accepted)
-        assignHotkey(op, grabber.key());
+        assignHotkey(op, grabber.key(), grabber.command());
 }
 
-void Operators::assignHotkey(OpWrapper *op, const QString &key)
+void Operators::assignHotkey(OpWrapper *op, const QString &key, int command)
 {
     if (key == kReservedKey) {
         refuseKey(tr("Key Not Allowed"),
@@ -145,6 +194,22 @@ void Operators::assignHotkey(OpWrapper *op, const QString &key)
             refuseKey(tr("Key In Use"), tr("This hotkey is already in use"));
             return;
         }
+    const WindowCommand *taken = key.isEmpty() ? nullptr : windowCommand(command);
+    if (taken) {
+        // A picture would obey the command and never hear of the operator.
+        refuseKey(tr("Key In Use"),
+                  tr("This key is already in use for \"%1\"").arg(taken->title()));
+        return;
+    }
+    if (key.toLower() == kStepKey || key == QLatin1String(" ")) {
+        refuseKey(
+            tr("Key Not Allowed"),
+            key == QLatin1String(" ")
+                ? tr("The space bar presses buttons and moves pictures.\n"
+                     "Please choose another key.")
+                : tr("\"%1\" steps through the operators.\nPlease choose another key.").arg(key));
+        return;
+    }
     op->hotkey = key;
     updateButtons();
 }

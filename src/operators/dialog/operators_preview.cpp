@@ -6,7 +6,10 @@
 #include "operators/base/operatortable.h"
 #include "operators/dialog/histogramview.h"
 #include "operators/dialog/oppreview.h"
+#include "operators/dialog/pagebuilder.h"
+#include "operators/pipeline/random15.h"
 #include "views/imgwindow.h"
+#include "views/viewhost.h"
 
 #include "ui_operators.h"
 
@@ -18,17 +21,20 @@ constexpr int kIdHorizontalRemove = 42;
 constexpr int kIdRoll = 77;
 constexpr int kIdSample = 80;
 constexpr int kIdVerticalRemove = 93;
+constexpr int kAgainMs = 50; ///< until a refresh that could not be is tried again
 
 /// An internal image of the given size. An operator may have left the old one with
 /// another size, or memory may have been short before: then it is made anew.
-void ensureImage(std::unique_ptr<image> *held, int side, const QString &name)
+/// True if it was.
+bool ensureImage(std::unique_ptr<image> *held, int side, const QString &name)
 {
     if (*held && (*held)->valid() && (*held)->width == side && (*held)->height == side)
-        return;
+        return false;
     *held = std::make_unique<image>();
     (*held)->noUndo = true;
     if (!(*held)->allocate(side, side, name))
         held->reset();
+    return true;
 }
 
 /// The layer kinds that operators must know of in the preview too.
@@ -86,10 +92,52 @@ void Operators::makeInternalImages()
 {
     ensureImage(&preview, kPreviewSide, QStringLiteral("internal-preview"));
     ensureImage(&previewHalf, kHalfPreviewSide, QStringLiteral("internal-preview2"));
-    ensureImage(&previewThumb, kPreviewSide, QStringLiteral("thumbnail-internal-preview-thumb"));
+    if (ensureImage(&previewThumb, kPreviewSide,
+                    QStringLiteral("thumbnail-internal-preview-thumb")))
+        sourceStale = true;
     table->preview = preview.get();
     table->previewHalf = previewHalf.get();
     table->previewThumb = previewThumb.get();
+}
+
+void Operators::schedulePreview()
+{
+    sourceStale = true;
+    parameterChanged();
+}
+
+void Operators::parameterChanged()
+{
+    if (viewHost())
+        viewHost()->splitOutdated();
+    scheduleKeepingSource();
+}
+
+void Operators::scheduleKeepingSource()
+{
+    // Without an interval it comes when the queue of events is empty.
+    if (!refreshTimer.isActive())
+        refreshTimer.start(0);
+}
+
+/// Whether an operator runs at present, which lets events through now and then: its fields and
+/// the tables that it fills must not serve a preview meanwhile.
+bool Operators::isWorkGoingOn() const
+{
+    const auto busy = [](const image *img) { return img->inUse; };
+    const QList<image *> &all = workspace()->images;
+    return table->inPreview || std::any_of(all.begin(), all.end(), [&](const image *img) {
+               return busy(img) || std::any_of(img->layers.begin(), img->layers.end(), busy);
+           });
+}
+
+void Operators::refreshWhenFree()
+{
+    if (isWorkGoingOn()) {
+        refreshTimer.start(kAgainMs);
+        return;
+    }
+    showPreview();
 }
 
 void Operators::refreshPreview()
@@ -97,6 +145,13 @@ void Operators::refreshPreview()
     // An operator that asks for a refresh while the preview runs it would go round for ever.
     if (table->inPreview)
         return;
+    sourceStale = true;
+    showPreview();
+}
+
+void Operators::showPreview()
+{
+    refreshTimer.stop();
     const bool keptThumbnail = workspace()->thumbnail;
     thumbnailUsed = false;
     updateButtons();
@@ -108,8 +163,25 @@ void Operators::refreshPreview()
     else
         clearPreview();
     workspace()->thumbnail = keptThumbnail;
+    emit previewRefreshed();
 }
 
+/// The whole picture, scaled into the third internal image. Reading samples all over a large
+/// picture takes longer than all else of a refresh, so what stands there serves as long as
+/// nothing but the operator's parameters changed.
+bool Operators::fillThumbnail(const image *img)
+{
+    const ThumbnailSource now = {
+        img,         img->red,       img->serial,          img->width,
+        img->height, img->layerMode, img->undoList.size(), img->modificationTime};
+    if (!sourceStale && now == thumbnailSource)
+        return true;
+    if (!scaleBilinear(img, previewThumb.get(), true))
+        return false;
+    previewThumb->layerMode = img->layerMode;
+    thumbnailSource = now;
+    return true;
+}
 bool Operators::planPreview(imgWindow *window, PreviewPlan *plan)
 {
     if (!preview || !previewHalf || !previewThumb)
@@ -121,9 +193,8 @@ bool Operators::planPreview(imgWindow *window, PreviewPlan *plan)
     if (workspace()->thumbnail || small) {
         workspace()->thumbnail = true;
         thumbnailUsed = true;
-        if (!scaleBilinear(img, previewThumb.get(), true))
+        if (!fillThumbnail(img))
             return false;
-        previewThumb->layerMode = img->layerMode;
         *plan = {previewThumb.get(), preview.get(), 0, 0, false};
         return true;
     }
@@ -141,18 +212,24 @@ void Operators::runPreview(const PreviewPlan &plan)
     plan.target->imageMode = plan.source->imageMode;
     narrowMask(plan.target, table->currentOp);
 
+    builder->showCurveSource(plan.target);
     const bool sampling = table->currentOp == kIdSample;
     if (!sampling && !beforeShown) {
+        const RandomAside aside;
         table->inPreview = true;
         table->apply(plan.target, false);
         table->inPreview = false;
     }
-    ui->histogram->setPicture(sampling ? plan.source : plan.target);
+    // The samples of a whole large picture are counted only when they may be others.
+    if (!sampling || sourceStale)
+        ui->histogram->setPicture(sampling ? plan.source : plan.target);
     ui->oppreview->setPicture(plan.target, plan.x2);
+    sourceStale = false;
 }
 
 void Operators::clearPreview()
 {
+    builder->showCurveSource(nullptr);
     ui->histogram->setPicture(nullptr);
     ui->oppreview->setPicture(nullptr, false);
 }
@@ -164,5 +241,5 @@ void Operators::prod(int dx, int dy)
         return;
     window->previewX += dx;
     window->previewY += dy;
-    refreshPreview();
+    scheduleKeepingSource();
 }

@@ -6,6 +6,10 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QStyle>
+#include <QStyleOptionFocusRect>
+
+#include <algorithm>
 
 namespace
 {
@@ -51,7 +55,14 @@ QRgb pixel(const image &picture, int64_t i, QRgb under)
 
 OpPreview::OpPreview(QWidget *parent) : QWidget(parent)
 {
-    setFixedSize(kPreviewSide, kPreviewSide);
+    // Where letters are twice as large, each sample of the preview is too.
+    scale = std::max(1, qRound(logicalDpiX() / 96.0));
+    setFixedSize(scale * kPreviewSide, scale * kPreviewSide);
+}
+
+QPoint OpPreview::placeOf(const QMouseEvent &event) const
+{
+    return {qRound(event.localPos().x() / scale), qRound(event.localPos().y() / scale)};
 }
 
 void OpPreview::setPicture(const image *picture, bool x2)
@@ -83,14 +94,22 @@ void OpPreview::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
     if (!buffer.isNull())
         painter.drawPixmap(rect(), buffer);
+    if (!hasFocus())
+        return;
+    QStyleOptionFocusRect focus;
+    focus.initFrom(this);
+    focus.rect = rect();
+    focus.backgroundColor = palette().color(QPalette::Window);
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
 }
 
 void OpPreview::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() != Qt::LeftButton)
         return;
-    startX = qRound(event->localPos().x());
-    startY = qRound(event->localPos().y());
+    const QPoint place = placeOf(*event);
+    startX = place.x();
+    startY = place.y();
     lastOffset = QPoint();
     dragging = true;
 }
@@ -99,8 +118,7 @@ void OpPreview::mouseMoveEvent(QMouseEvent *event)
 {
     if (!dragging)
         return;
-    const QPoint offset(qRound(event->localPos().x()) - startX,
-                        qRound(event->localPos().y()) - startY);
+    const QPoint offset = placeOf(*event) - QPoint(startX, startY);
     const QPoint change = offset - lastOffset;
     lastOffset = offset;
     if (!change.isNull())

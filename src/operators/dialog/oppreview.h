@@ -36,6 +36,10 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    /// Where the mouse is, in pixels of the preview.
+    QPoint placeOf(const QMouseEvent &event) const;
+
+    int scale = 1; ///< side of a preview pixel on the screen
     QPixmap buffer;
     bool dragging = false;
     int startX = 0, startY = 0;
