@@ -365,7 +365,10 @@ void MacroRecorder::undone(const image &img)
     size_t last = steps.size();
     while (last > 0 && !own(last - 1))
         --last;
-    if (last == 0 || steps[last - 1].after == now) // something else was undone
+    if (last == 0)
+        return;
+    const Step &latest = steps[last - 1];
+    if (latest.after == now && latest.before != now) // something else was undone
         return;
     size_t first = last;
     while (first > 0 && !(own(first - 1) && steps[first - 1].before == now))

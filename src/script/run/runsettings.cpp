@@ -16,10 +16,11 @@ constexpr uint32_t of(int tool)
 {
     return 1u << tool;
 }
+/// Entire is drawn as a rectangle, so that its line alone can be selected too.
 constexpr uint32_t kFigures = of(kToolRectangle) | of(kToolNumericRectangle) | of(kToolEllipse) |
-                              of(kToolPolygon) | of(kToolPencil) | of(kToolPolyspline) |
-                              of(kToolPShape);
-constexpr uint32_t kSelecting = kFigures | of(kToolEntire) | of(kToolWand);
+                              of(kToolEntire) | of(kToolPolygon) | of(kToolPencil) |
+                              of(kToolPolyspline) | of(kToolPShape);
+constexpr uint32_t kSelecting = kFigures | of(kToolWand);
 constexpr uint32_t kWand = of(kToolWand);
 
 const char *const kStatistics = "sampleStatistics";
