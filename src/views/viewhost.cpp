@@ -84,8 +84,10 @@ MacroRecorder *ViewHost::recorder()
 
 void ViewHost::makeCurrent(imgWindow *window)
 {
+    const bool other = currentWindow != window;
     currentWindow = window;
-    splitOutdated();
+    if (other)
+        splitOutdated();
 }
 
 void ViewHost::commandRunning(bool, QPointF) {}
