@@ -262,6 +262,18 @@ void Operators::ceditor0()
     parameterChanged();
 }
 
+void Operators::knotchosen()
+{
+    if (OpWrapper *op = currentOperator())
+        op->curveEdited();
+}
+
+void Operators::curveedited()
+{
+    knotchosen();
+    parameterChanged();
+}
+
 void Operators::ccursor0()
 {
     if (const CodeEdit *editor = builder->codeEditors.at(0))

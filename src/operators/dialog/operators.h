@@ -63,6 +63,9 @@ public slots:
     void prod(int dx, int dy);
     /// Asks for the colour of a well that shows `value`, and hands it to the operator.
     void colorwellhit(int index, int value);
+    /// The curve of the page was changed, or another of its knots was chosen.
+    void curveedited();
+    void knotchosen();
 
     // One slot for each place in the page's pools; the page connects them by name.
     void button0() { pressed(0); }

@@ -411,15 +411,6 @@ int PageBuilder::addCurve(ToneCurve *edited)
         nextRow();
     curve = new Curve(edited, page);
     column->setStretchFactor(currentRow(), kWideStretch);
-    const auto tellOperator = [this] {
-        if (OpWrapper *op = dialog->currentOperator())
-            op->curveEdited();
-    };
-    connect(curve, &Curve::knotChosen, dialog, tellOperator);
-    connect(curve, &Curve::edited, dialog, [this, tellOperator] {
-        tellOperator();
-        dialog->parameterChanged();
-    });
     place(curve, QStringLiteral("curve0"), 1, true);
     return 0;
 }
@@ -518,6 +509,10 @@ void PageBuilder::connectPage()
     for (int i = 0; i < codeEditors.count(); ++i) {
         hook(codeEditors.at(i), "textChanged()", "ceditor", i, "()");
         hook(codeEditors.at(i), "cursorPositionChanged()", "ccursor", i, "()");
+    }
+    if (curve) {
+        connect(curve, &Curve::knotChosen, dialog, &Operators::knotchosen);
+        connect(curve, &Curve::edited, dialog, &Operators::curveedited);
     }
     for (ColorWell *well : wells)
         connect(well, &ColorWell::sendId, dialog, &Operators::colorwellhit);
