@@ -13,6 +13,8 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace
 {
 constexpr int kMargin = 14;
@@ -63,17 +65,22 @@ QString parametersMarkup(const OpWrapper &op)
     QString markup;
     const QString rows = op.helpRows();
     if (!rows.isEmpty()) {
+        // The values may be a long list, so they get the room.
+        const std::pair<const char *, int> columns[] = {
+            {QT_TRANSLATE_NOOP("HelpPage", "Control"), 20},
+            {QT_TRANSLATE_NOOP("HelpPage", "Values"), 50},
+            {QT_TRANSLATE_NOOP("HelpPage", "At first"), 12},
+            {QT_TRANSLATE_NOOP("HelpPage", "Place in the script line"), 18}};
         QString heads;
-        for (const char *head :
-             {QT_TRANSLATE_NOOP("HelpPage", "Control"), QT_TRANSLATE_NOOP("HelpPage", "Values"),
-              QT_TRANSLATE_NOOP("HelpPage", "At first"),
-              QT_TRANSLATE_NOOP("HelpPage", "Place in the script line")})
-            heads += QStringLiteral("<th align=\"left\">%1</th>").arg(text(head).toHtmlEscaped());
+        for (const auto &[head, percent] : columns)
+            heads += QStringLiteral("<th align=\"left\" width=\"%1%\">%2</th>")
+                         .arg(QString::number(percent), text(head).toHtmlEscaped());
         // A middle grey is seen on light and on dark ground.
-        markup += QStringLiteral("<table border=\"1\" cellspacing=\"0\" cellpadding=\"4\" "
-                                 "style=\"border-collapse: collapse; border-color: #808080\">"
-                                 "<tr>%1</tr>\n%2</table>\n")
-                      .arg(heads, rows);
+        markup +=
+            QStringLiteral("<table border=\"1\" cellspacing=\"0\" cellpadding=\"4\" width=\"100%\" "
+                           "style=\"border-collapse: collapse; border-color: #808080\">"
+                           "<tr>%1</tr>\n%2</table>\n")
+                .arg(heads, rows);
     }
     if (!op.usage().isEmpty()) {
         const QString usage = op.usage().trimmed().toHtmlEscaped();
