@@ -1,15 +1,19 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the comparisons with other programs share: kestrane_bench's times and libvips."""
+"""What the comparisons with other programs share: kestrane_bench's times, libvips and GIMP."""
 import ctypes
 import json
 import os
+import re
+import shutil
 import subprocess
 import sys
+import tempfile
 import time
 
 WIDTH, HEIGHT = 6000, 4000
 ROUNDS = 3
 USHORT, RGB16 = 2, 25  # VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_RGB16
+GIMP_U16 = 250  # GIMP 2.10's number of 16 bits, non-linear, whose name varies
 
 
 def skip(reason):
@@ -95,6 +99,33 @@ class Vips:
 
     def free(self, img):
         self.glib.g_object_unref(img)
+
+
+def gimp_timing(call, before="", after=""):
+    """A loop of GIMP's language that runs ROUNDS + 1 times `before`, `call`, of which it tells
+    the seconds, and `after`."""
+    return (f"(let loop ((left {ROUNDS + 1})) (if (> left 0) (begin {before}"
+            f"(let ((start (gettimeofday))) {call} (let ((end (gettimeofday)))"
+            '(gimp-message (string-append "took " (number->string'
+            "(+ (- (car end) (car start)) (/ (- (cadr end) (cadr start)) 1000000.0))) \" s\"))))"
+            f"{after} (loop (- left 1)))))")
+
+
+def gimp_run(script, count):
+    """The seconds that a script tells, of which there must be `count`; None without GIMP."""
+    program = shutil.which("gimp-console") or shutil.which("gimp")
+    if not program:
+        return None
+    with tempfile.TemporaryDirectory() as home:
+        # Its own settings are left alone.
+        env = dict(os.environ, GIMP2_DIRECTORY=os.path.join(home, "gimp"), HOME=home)
+        done = subprocess.run([program, "-i", "-d", "-f", "-b", script, "-b", "(gimp-quit 1)"],
+                              env=env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              text=True, errors="replace")
+    taken = [float(number) for number in re.findall(r"took ([0-9.e+-]+) s", done.stdout)]
+    if len(taken) != count:
+        sys.exit("GIMP did not run the batch:\n" + done.stdout[-2000:])
+    return taken
 
 
 def table(rows):
