@@ -180,9 +180,9 @@ TEST(Curvesop, AppliesItsCurveToTheValue)
     addAllOperators(&table);
     auto *op = dynamic_cast<Curvesop *>(table.byId(21));
     ASSERT_TRUE(op);
-    EXPECT_FALSE(op->setParameter("CurveKnots", "0,0 1,2"));
+    EXPECT_FALSE(op->setParameter("CurveKnots", "0,0 1,2") || op->setParameter("CurveKnots", "\""));
     EXPECT_FALSE(op->setParameter("Curve", "0,0 1,1"));
-    ASSERT_TRUE(op->setParameter("CurveKnots", "0,0.1 0.3,0.6 1,0.8"));
+    ASSERT_TRUE(op->setParameter("CurveKnots", "\"0,0.1 0.3,0.6 1,0.8\""));
     EXPECT_EQ(op->parameterText("CurveKnots"), "0,0.1 0.3,0.6 1,0.8");
     QString line;
     op->scriptLine(&line);

@@ -54,8 +54,12 @@ void Curvesop::settings(bool save)
 
 bool Curvesop::setParameter(const QString &key, const QString &value)
 {
+    // A command line hands the text over as it was typed: a person may have quoted it.
+    QString knots = value.trimmed();
+    if (knots.size() >= 2 && knots.startsWith(QLatin1Char('"')) && knots.endsWith(QLatin1Char('"')))
+        knots = knots.mid(1, knots.size() - 2);
     ToneCurve read;
-    if (key != kKnotsKey || !read.setText(value))
+    if (key != kKnotsKey || !read.setText(knots))
         return false;
     setCurve(read);
     return true;

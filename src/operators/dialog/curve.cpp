@@ -393,8 +393,10 @@ void Curve::drawGround(QPainter *painter, const QRectF &area) const
         ramp->setColorAt(1, Qt::white);
     }
     const double ramp = kRamp * unit(), gap = 2 * unit();
-    painter->fillRect(QRectF(area.left(), area.bottom() + gap, area.width(), ramp), across);
-    painter->fillRect(QRectF(area.left() - gap - ramp, area.top(), ramp, area.height()), upwards);
+    painter->setBrush(across);
+    painter->drawRect(QRectF(area.left(), area.bottom() + gap, area.width(), ramp));
+    painter->setBrush(upwards);
+    painter->drawRect(QRectF(area.left() - gap - ramp, area.top(), ramp, area.height()));
 }
 
 void Curve::drawHistogram(QPainter *painter, const QRectF &area) const

@@ -20,8 +20,9 @@
 namespace
 {
 constexpr size_t kLuma = 3;
-constexpr int kRun = 32;                  ///< samples counted in a row: those of a cache line
-constexpr int64_t kMostCounted = 1 << 19; ///< about, of a picture
+constexpr double kGolden = 0.6180339887498949; ///< whose multiples fall evenly between 0 and 1
+constexpr int kRun = 32;                       ///< samples counted in a row: those of a cache line
+constexpr int64_t kMostCounted = 1 << 18;      ///< about, of a picture
 
 /// Every how many runs and rows one is counted, so that a large picture takes no longer than a
 /// refresh may.
@@ -45,10 +46,15 @@ void countRun(const image &picture, int64_t from, int64_t end,
     }
 }
 
-/// Without the outer levels: clipped samples pile up there and would flatten all others.
-int highest(const HistogramView::Counts &counts)
+/// The count that takes the full height. The outer levels do not matter, since clipped samples
+/// pile up there; nor do a few tall levels, which would flatten all others, beyond some bound.
+int highest(HistogramView::Counts counts)
 {
-    return *std::max_element(counts.begin() + 1, counts.end() - 1);
+    const auto first = counts.begin() + 1, last = counts.end() - 1;
+    const auto tall = first + (last - first) * 19 / 20;
+    std::nth_element(first, tall, last);
+    const int most = *std::max_element(tall, last);
+    return *tall > 0 ? int(std::min<int64_t>(most, int64_t(3) * *tall)) : most;
 }
 } // namespace
 
@@ -86,7 +92,7 @@ void HistogramView::setPicture(const image *picture)
             }
             // Runs of neighbouring rows stand apart, or stripes of the picture would count
             // wholly or not at all.
-            const int first = int(y / stride * 13LL % stride) * kRun;
+            const int first = int(std::fmod(y / stride * kGolden, 1.0) * stride) * kRun;
             for (int x = first; x < picture->width; x += step)
                 countRun(*picture, row + x, row + std::min(x + kRun, picture->width), &bins);
         }
@@ -224,7 +230,7 @@ void HistogramView::drawColour(QPainter *painter, const QPolygonF &shape, size_t
 {
     const bool dark = palette().color(QPalette::Base).lightness() < 128;
     const QColor onDark[] = {{225, 60, 60}, {50, 185, 70}, {70, 105, 255}, {210, 210, 210}};
-    const QColor onLight[] = {{255, 130, 130}, {125, 225, 135}, {140, 165, 255}, {150, 150, 150}};
+    const QColor onLight[] = {{255, 165, 165}, {165, 232, 172}, {175, 193, 255}, {170, 170, 170}};
     const QColor edges[] = {{200, 30, 30}, {0, 130, 20}, {40, 70, 230}, {70, 70, 70}};
     const QColor fill = dark ? onDark[channel] : onLight[channel];
     painter->setPen(Qt::NoPen);
@@ -260,7 +266,12 @@ void HistogramView::paintEvent(QPaintEvent *)
     painter.setPen(palette().color(hasFocus() ? QPalette::Highlight : QPalette::Mid));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
     if (isLogarithmic()) {
+        QRect box(QPoint(), fontMetrics().size(0, tr("log")) + QSize(6, 0));
+        box.moveTopRight(rect().topRight() + QPoint(-1, 1));
+        QColor ground = palette().color(QPalette::Base);
+        ground.setAlphaF(0.75);
+        painter.fillRect(box, ground);
         painter.setPen(palette().color(QPalette::Text));
-        painter.drawText(rect().adjusted(4, 1, -4, -1), Qt::AlignRight | Qt::AlignTop, tr("log"));
+        painter.drawText(box, Qt::AlignCenter, tr("log"));
     }
 }

@@ -186,7 +186,7 @@ TEST(Histogram, ClicksAndKeysSwitchItAndLargePicturesAreSharedOut)
     const auto total = [&](int c) {
         return std::accumulate(view.counts(c).begin(), view.counts(c).end(), 0);
     };
-    EXPECT_NEAR(total(0), 3000 * 2000 / 16, 10000) << "every fourth row and run";
+    EXPECT_NEAR(total(0), 3000 * 2000 / 25, 10000) << "every fifth row and run";
     EXPECT_NEAR(view.counts(0)[0x40], total(0) / 2.0, total(0) * 0.05);
     EXPECT_EQ(view.counts(1)[0x80], total(3));
     const QImage linear = shown();
