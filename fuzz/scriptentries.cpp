@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "scriptentries.h"
 
+#include "area/areastate.h"
 #include "core/image.h"
 #include "core/memory.h"
 #include "core/undo.h"
@@ -138,6 +139,7 @@ void fuzzScriptRun(const uint8_t *data, size_t size)
         for (const char *verb : {"vload", "pause"})
             script.replace(QLatin1String(verb), QStringLiteral("testscripting"));
         const ImpatientWorkspace space;
+        const AreaState area; // figures have their points in it
         OperatorTable table;
         addAllOperators(&table);
         colorblending blending;

@@ -52,6 +52,13 @@ TEST(Console, TranscriptsAreAnsweredInOrder)
          "failed: negative has no parameters\n"
          "failed: exposure [Amount=-100...100] [Mode=0...1]\n"
          "18431 18431 18431 65535 65535\nnothing\nexposure -50 0\n"},
+        {"ParametersAreSettingsToo", "new:1x1",
+         ".set operatorExposure 25\n.scriptline exposure\n.set operatorExposure x\n.set nix 1\n"
+         ".mask 0 0 65535\n.apply script\n.apply curves\n.apply curves 1\n.undo\n.undo\n",
+         "exposure 25 0\nfailed: \"x\" is no value of operatorExposure\n"
+         "failed: unknown setting \"nix\"\n"
+         "failed: the console runs scripts line by line: type its statements\n"
+         "failed: curves takes no values\nnothing\n"},
         {"CommentsAndBlankLines", "", "\n   \n#x=1\n: :\r\n", ""},
         {"AFailedApplyChangesNothing", "new:1x1",
          ".mask 0 0 65535\n.apply exposure 10\n.apply exposure 101 0\n"

@@ -106,6 +106,11 @@ void prepareAssignment(PreparedStatement *statement, const QString &text)
         isFreeName(statement->left) && !statement->right.contains(QLatin1Char(':'));
     statement->program.text = statement->right;
 }
+/// A word that may be a variable's name is a verb only where parameters follow.
+bool standsForVariable(const ScriptVerb &verb, const QStringList &tokens)
+{
+    return verb.yields && (tokens.size() > 1 ? !tokens[1][0].isLetterOrNumber() : verb.fewest > 0);
+}
 } // namespace
 
 void prepareStatement(PreparedStatement *statement, const QStringList &tokens,
@@ -115,8 +120,7 @@ void prepareStatement(PreparedStatement *statement, const QStringList &tokens,
     const QString &first = tokens[0];
     statement->op = table ? table->byScriptName(first) : nullptr;
     statement->verb = findVerb(first);
-    if (statement->verb && statement->verb->yields && tokens.size() > 1 &&
-        (startsSingle(tokens[1], '=') || startsSingle(tokens[1], '~')))
+    if (statement->verb && standsForVariable(*statement->verb, tokens))
         statement->verb = nullptr;
     if (statement->op) {
         statement->kind = StatementKind::Operator;

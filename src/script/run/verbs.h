@@ -15,7 +15,7 @@ struct ScriptVerb {
     bool needsImage;
     /// Acts; false if a parameter is wrong.
     bool (ScriptRunner::*act)(const QStringList &tokens);
-    /// Scripts may have a variable of its name: an assignment with blanks stays one.
+    /// Scripts may have a variable of its name: without parameters it is that.
     bool yields = false;
 };
 

@@ -270,7 +270,6 @@ TEST_F(RecordTest, SelectionsAreScaledAndHostileOnesRefused)
                            "use sampleStatistics 1 2 3",
                            "use operatorScript x",
                            "shape 1",
-                           "perform",
                            "perform script",
                            "perform nonsense"};
     const int64_t blocks = memRecord.currentBlocks;
@@ -286,7 +285,7 @@ TEST_F(RecordTest, SelectionsAreScaledAndHostileOnesRefused)
     large.fillGmask(0);
     EXPECT_EQ(runner.run(&large, QString(), line), ScriptEnd::Done);
     EXPECT_NE(large.gmask[30 * 80 + 40], 0);
-    EXPECT_EQ(xAfter("area = 3:x=area+1"), 4) << "a variable of a verb's name";
+    EXPECT_EQ(xAfter("area = 3:area:area * 2:x=void/6*area+1"), 4) << "a variable of a verb's name";
     run("use wandTolerance 5*5:use operatorExposure 31:x=1/0");
     EXPECT_EQ(space.wandTolerance, 10);
     EXPECT_EQ(table.parameterText("operatorExposure"), "0");
