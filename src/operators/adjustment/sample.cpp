@@ -85,16 +85,17 @@ void Sample::build(OpPage *page)
 {
     if (!page)
         return;
-    DeclaredOp::build(page);
+    page->addCheck(tr("Accumulate"), accumulate, false);
+    page->addCheck(tr("Subtract"), subtract, true);
     const OpWrapper *sender = ops && ops->returnOp ? ops->byId(ops->returnOp) : nullptr;
     if (sender)
-        page->addLabel(tr("Apply reads the selection and goes back to %1.").arg(sender->menuName),
+        page->addLabel(tr("Apply reads the selection,\nthen %1 comes back.").arg(sender->menuName),
                        OpPage::LabelAlign::Left, true);
     readingLabel = page->addLabel(statisticsText(), OpPage::LabelAlign::Left, true);
-    setLabel = page->addLabel(setText(), OpPage::LabelAlign::Left, true);
     page->addButton(tr("Eyedropper"), true);
-    page->addButton(tr("Empty Color Set"), false);
-    page->addButton(tr("Previous Color Set"), true);
+    setLabel = page->addLabel(setText(), OpPage::LabelAlign::Left, true);
+    page->addButton(tr("Empty Set"), false);
+    page->addButton(tr("Previous Set"), true);
 }
 
 int Sample::button(int index)

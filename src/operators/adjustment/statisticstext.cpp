@@ -19,7 +19,7 @@ QString translated(const char *source)
 QString cell(int32_t sample)
 {
     const QString byte = QLocale().toString(sample / 257.0, 'f', 1);
-    return QStringLiteral("<td align='right'>&nbsp;&nbsp;%1&nbsp;<small>(%2)</small></td>")
+    return QStringLiteral("<td align='right'>%1<br><small>%2</small></td>")
         .arg(byte, QString::number(sample));
 }
 
@@ -27,7 +27,7 @@ QString row(const char *name, const int32_t *rgb)
 {
     const auto byte = [](int32_t sample) { return std::clamp(sample, 0, 65535) >> 8; };
     const QColor colour(byte(rgb[0]), byte(rgb[1]), byte(rgb[2]));
-    return QStringLiteral("<tr><td>%1&nbsp;</td><td bgcolor='%2'>&nbsp;&nbsp;&nbsp;&nbsp;</td>"
+    return QStringLiteral("<tr><td>%1</td><td bgcolor='%2'>&nbsp;&nbsp;&nbsp;</td>"
                           "%3%4%5</tr>")
         .arg(translated(name), colour.name(), cell(rgb[0]), cell(rgb[1]), cell(rgb[2]));
 }
@@ -41,7 +41,7 @@ QString statisticsText()
     const auto heading = [](const char *name) {
         return QStringLiteral("<td align='right'>%1</td>").arg(translated(name));
     };
-    return QStringLiteral("<table cellspacing='2'><tr><td></td><td></td>%1%2%3</tr>%4%5%6</table>")
+    return QStringLiteral("<table cellspacing='3'><tr><td></td><td></td>%1%2%3</tr>%4%5%6</table>")
         .arg(heading(QT_TRANSLATE_NOOP("SampleStatistics", "Red")),
              heading(QT_TRANSLATE_NOOP("SampleStatistics", "Green")),
              heading(QT_TRANSLATE_NOOP("SampleStatistics", "Blue")),

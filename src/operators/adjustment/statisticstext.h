@@ -4,5 +4,5 @@
 #include <QString>
 
 /// A table of the statistics that Sample keeps, in mark-up for a label: minimum, average and
-/// maximum of each channel, as a byte and as the 16-bit sample, with a swatch of each colour.
+/// maximum of each channel, as a byte with the 16-bit sample below, with a swatch of each colour.
 QString statisticsText();

@@ -81,9 +81,9 @@ void WhiteBalance::build(OpPage *page)
     if (!page)
         return;
     DeclaredOp::build(page);
-    readingLabel = page->addLabel(statisticsText(), OpPage::LabelAlign::Left, true);
     page->addButton(tr("Eyedropper"), false);
     page->addButton(tr("Sample…"), true);
+    readingLabel = page->addLabel(statisticsText(), OpPage::LabelAlign::Left, true);
 }
 
 int WhiteBalance::button(int index)
