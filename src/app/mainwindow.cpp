@@ -11,6 +11,7 @@
 #include "operators/base/operatortable.h"
 #include "operators/base/opwrapper.h"
 #include "operators/dialog/operators.h"
+#include "operators/dialog/opfavorites.h"
 #include "operators/table/allops.h"
 #include "ui_mainwindow.h"
 #include "views/clipboardacts.h"
@@ -133,6 +134,7 @@ MainWindow::~MainWindow()
     delete layersDialog;
     delete recovery;
     recovery = nullptr;
+    delete favorites;
     delete operators;
     operators = nullptr;
     scripts.reset();
@@ -184,6 +186,7 @@ void MainWindow::saveSettings()
     table->settings(true);
     scripts->save(*store);
     operators->settings(true);
+    favorites->save();
     store->sync();
 }
 
@@ -191,15 +194,13 @@ void MainWindow::createOperators()
 {
     operators = new Operators(table.get(), this);
     connectScripts();
-    connect(operators, &Operators::operateRequested, this, &MainWindow::on_operate_clicked);
+    connectOperators();
     placeOperators();
     operators->settings(false);
     operators->show();
     // The operator of the last run, or the first one.
-    if (table->byId(mainOpIndex))
-        operators->selectOperator(mainOpIndex);
-    else if (!table->operators().empty())
-        operators->selectOperator(table->operators().front()->id);
+    const OpWrapper *last = table->byId(mainOpIndex);
+    operators->selectOperator(last && last->self ? mainOpIndex : operators->firstOperator());
 }
 
 void MainWindow::markRunInProgress()

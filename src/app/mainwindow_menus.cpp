@@ -174,7 +174,8 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
         event->setAccepted(handed.isAccepted());
         return;
     }
-    if (!hostCommand(nullptr, keyTable().command(event->key(), event->modifiers())))
+    if (!hostCommand(nullptr, keyTable().command(event->key(), event->modifiers())) &&
+        !globalKey(event))
         QMainWindow::keyPressEvent(event);
 }
 
@@ -204,7 +205,10 @@ bool MainWindow::globalKey(QKeyEvent *event)
             action->trigger();
             return true;
         }
-    return false;
+    // The dialog looks for hotkeys itself, behind the keys that it has of its own.
+    const bool plain = !(event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier));
+    return plain && operators && !operators->isActiveWindow() &&
+           operators->hotkeyPressed(event->text());
 }
 
 unsigned MainWindow::satisfiedNeeds() const
