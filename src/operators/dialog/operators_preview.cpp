@@ -179,6 +179,7 @@ bool Operators::fillThumbnail(const image *img)
     if (!scaleBilinear(img, previewThumb.get(), true))
         return false;
     previewThumb->layerMode = img->layerMode;
+    previewThumb->imageMode = img->imageMode;
     thumbnailSource = now;
     return true;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/dialog/oppreview.h"
 
+#include "core/colour.h"
 #include "core/image.h"
 #include "core/workspace.h"
 
@@ -42,14 +43,22 @@ int mixByte(int sample, int under, double opacity)
     return int((sample >> 8) * opacity + under * (1 - opacity));
 }
 
+/// The colour of a sample as a window shows it, whichever code the picture holds.
+Rgb colourOf(const image &picture, int64_t i)
+{
+    const double first = picture.red[i], second = picture.green[i], third = picture.blue[i];
+    return picture.imageMode == 1 ? yrbToRgb({first, second, third}) : Rgb{first, second, third};
+}
+
 QRgb pixel(const image &picture, int64_t i, QRgb under)
 {
+    const Rgb colour = colourOf(picture, i);
+    const int red = int(colour.red), green = int(colour.green), blue = int(colour.blue);
     if (picture.alpha[i] == 65535)
-        return qRgb(picture.red[i] >> 8, picture.green[i] >> 8, picture.blue[i] >> 8);
+        return qRgb(red >> 8, green >> 8, blue >> 8);
     const double opacity = picture.alpha[i] / kWhite;
-    return qRgb(mixByte(picture.red[i], qRed(under), opacity),
-                mixByte(picture.green[i], qGreen(under), opacity),
-                mixByte(picture.blue[i], qBlue(under), opacity));
+    return qRgb(mixByte(red, qRed(under), opacity), mixByte(green, qGreen(under), opacity),
+                mixByte(blue, qBlue(under), opacity));
 }
 } // namespace
 
