@@ -126,9 +126,9 @@ QString SplitView::hindrance() const
     const ViewGeometry view = window->geometryShown();
     if (!goesByPlace(*current) || !view.usableFor(*window->img))
         return QString();
-    const ShownSamples seen(*window->img, view);
-    const bool whole = wholeIn(seen.columns, window->img->width, view.xStep) &&
-                       wholeIn(seen.rows, window->img->height, view.yStep);
+    const ShownSamples visible(*window->img, view);
+    const bool whole = wholeIn(visible.columns, window->img->width, view.xStep) &&
+                       wholeIn(visible.rows, window->img->height, view.yStep);
     return whole
                ? QString()
                : imgWindow::tr("%1 works on the picture as a whole: zoom out to see the split view")
@@ -138,6 +138,7 @@ QString SplitView::hindrance() const
 void SplitView::pictureOutdated()
 {
     stale = factorsStale = true;
+    seen.reset();
 }
 
 SplitView::Look SplitView::lookNow() const
@@ -195,74 +196,81 @@ void SplitView::refresh()
 
 bool SplitView::makeEffect(const Look &look)
 {
-    if (!gather(look.view))
+    const bool known = seen && look.sameSource(seenLook);
+    if ((!known && !gather(look)) || !ensurePicture(&part))
         return false;
-    shapeMask(look.curve);
+    part->copyWorkPlanes(*seen);
     ++runs;
     return run() && renderShown(*window->img, *part, look.view, look.backdrop, &after);
 }
 
 /// A picture for the shown samples. An operator may have left the last one with another size.
-bool SplitView::makePart()
+bool SplitView::ensurePicture(std::unique_ptr<image> *held) const
 {
     const image &img = *window->img;
     const int wide = int(shown.columns.size()), high = int(shown.rows.size());
     if (wide == 0 || high == 0)
         return false;
-    if (!part || !part->valid() || part->width != wide || part->height != high) {
-        part = std::make_unique<image>();
-        part->noUndo = true;
-        if (!part->allocateUnfilled(wide, high, QStringLiteral("split-view"))) {
-            part.reset();
+    image *made = held->get();
+    if (!made || !made->valid() || made->width != wide || made->height != high) {
+        *held = std::make_unique<image>();
+        made = held->get();
+        made->noUndo = true;
+        if (!made->allocateUnfilled(wide, high, QStringLiteral("split-view"))) {
+            held->reset();
             return false;
         }
     }
-    part->imageMode = img.imageMode;
-    part->layerMode = img.layerMode;
-    part->quantised = img.quantised;
-    part->xDpi = img.xDpi;
-    part->yDpi = img.yDpi;
-    part->xCenter = placeAmong(shown.columns, img.xCenter);
-    part->yCenter = placeAmong(shown.rows, img.yCenter);
+    made->imageMode = img.imageMode;
+    made->layerMode = img.layerMode;
+    made->quantised = img.quantised;
+    made->xDpi = img.xDpi;
+    made->yDpi = img.yDpi;
+    made->xCenter = placeAmong(shown.columns, img.xCenter);
+    made->yCenter = placeAmong(shown.rows, img.yCenter);
     return true;
 }
 
-bool SplitView::gather(const ViewGeometry &view)
+bool SplitView::gather(const Look &look)
 {
     const image &img = *window->img;
-    shown = ShownSamples(img, view);
-    if (!makePart())
+    shown = ShownSamples(img, look.view);
+    if (!ensurePicture(&seen)) {
+        seen.reset();
         return false;
-    const auto from = img.workPlanes(), to = part->workPlanes();
-    parallelRows(part->height, part->width, [&](int first, int end) {
+    }
+    const auto from = img.workPlanes(), to = seen->workPlanes();
+    parallelRows(seen->height, seen->width, [&](int first, int end) {
         for (size_t plane = 0; plane < to.size(); ++plane)
             for (int y = first; y < end; ++y)
                 gatherRow(from[plane] + int64_t(shown.rows[size_t(y)]) * img.width, shown.columns,
-                          to[plane] + int64_t(y) * part->width);
+                          to[plane] + int64_t(y) * seen->width);
     });
+    shapeMask(look);
+    seenLook = look;
     return true;
 }
 
 /// As Apply does, whose curve spans the whole selection, of which a part may be in sight.
-void SplitView::shapeMask(const Curve &curve)
+void SplitView::shapeMask(const Look &look)
 {
-    if (factorsStale || !(curve == factorsCurve)) {
+    if (factorsStale || !(look.curve == factorsCurve)) {
         factors = std::make_unique<dmask>();
         if (!factors->prepare(window->img))
             factors.reset();
-        factorsCurve = curve;
+        factorsCurve = look.curve;
         factorsStale = false;
     }
     if (factors)
-        parallelRows(part->height, part->width, [&](int first, int end) {
+        parallelRows(seen->height, seen->width, [&](int first, int end) {
             for (int y = first; y < end; ++y) {
                 const int row = shown.rows[size_t(y)];
                 if (row >= factors->top && row <= factors->bottom)
-                    shapeRow(*factors, row, shown.columns, part->gmask + int64_t(y) * part->width);
+                    shapeRow(*factors, row, shown.columns, seen->gmask + int64_t(y) * seen->width);
             }
         });
-    if (workspace()->invertSelection)
-        part->invertMask();
+    if (look.inverted)
+        seen->invertMask();
 }
 
 /// As the preview of the dialog: no act of the person's, and no numbers taken from the work.
@@ -285,7 +293,7 @@ void SplitView::draw(QPainter *painter, const QRect &due)
         after = QImage();
         part.reset();
         factors.reset();
-        stale = factorsStale = true;
+        pictureOutdated();
         return;
     }
     refresh();

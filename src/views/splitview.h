@@ -84,6 +84,12 @@ private:
         std::array<int, 6> colours{};
         Curve curve;
         bool operator==(const Look &) const = default;
+        /// Samples and selection that the operator finds are the same.
+        bool sameSource(const Look &other) const
+        {
+            return view == other.view && img == other.img && inverted == other.inverted &&
+                   curve == other.curve;
+        }
     };
 
     OpWrapper *op() const;
@@ -91,9 +97,9 @@ private:
     bool busy() const;
     void refresh();
     bool makeEffect(const Look &look);
-    bool gather(const ViewGeometry &view);
-    bool makePart();
-    void shapeMask(const Curve &curve);
+    bool gather(const Look &look);
+    bool ensurePicture(std::unique_ptr<image> *held) const;
+    void shapeMask(const Look &look);
     bool run() const;
     void drawBorder(QPainter *painter) const;
     bool near(QPointF client) const;
@@ -101,7 +107,10 @@ private:
     void putAt(double percent);
 
     imgWindow *window;
-    std::unique_ptr<image> part;    ///< the samples shown
+    std::unique_ptr<image> seen; ///< the samples shown under the shaped selection: a slider's
+                                 ///< next step only has to copy them
+    Look seenLook;
+    std::unique_ptr<image> part;    ///< the copy, as the operator left it
     ShownSamples shown;             ///< which samples they are
     std::unique_ptr<dmask> factors; ///< of the whole selection; null: it stays as it is
     Curve factorsCurve;             ///< for which they were made
