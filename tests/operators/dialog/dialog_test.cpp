@@ -6,12 +6,16 @@
 #include "operators/base/oppage.h"
 #include "operators/dialog/colorwell.h"
 #include "operators/dialog/histogramview.h"
+#include "operators/dialog/opfavorites.h"
 #include "operators/dialog/oppreview.h"
 #include "operators/filter/exposure.h"
+#include "operators/pipeline/random15.h"
 #include "operators/table/allops.h"
+#include "script/run/script.h"
 #include "support/pictures.h"
 #include "support/recordingworkspace.h"
 #include "views/imgwindow.h"
+#include "views/keytable.h"
 #include "views/viewhost.h"
 
 #include <QtTest>
@@ -20,10 +24,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace
 {
-constexpr int kExposure = 29, kNegative = 62;
+constexpr int kExposure = 29, kNegative = 62, kScript = 82, kEmptyRow = 97, kWatcher = 98,
+              kCrowd = 99, kSampler = 100;
 
 /// Whether `crop` shows the part of the picture at `origin`, and clear white beside it.
 bool isCrop(const image &crop, const image &picture, const QPoint &origin)
@@ -62,7 +68,11 @@ public:
 class DialogTest : public testing::Test
 {
 protected:
-    DialogTest() { addAllOperators(&table); }
+    DialogTest()
+    {
+        addAllOperators(&table);
+        table.add({kEmptyRow, 0, "empty", "Empty", "", "", nullptr});
+    }
     ~DialogTest() override
     {
         dialog.reset();
@@ -79,6 +89,24 @@ protected:
         host.currentWindow = window.get();
         dialog = std::make_unique<Operators>(&table);
         dialog->show();
+        settle();
+    }
+    /// Waits for the refresh of the preview that is to come, if one is.
+    void settle()
+    {
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !dialog->previewPending(); }));
+    }
+    /// What a person does in the modal boxes that come up: ten times a second.
+    template <class Answer>
+    void whileAnswering(Answer answer, const std::function<void()> &act)
+    {
+        QTimer person;
+        QObject::connect(&person, &QTimer::timeout, [&] {
+            if (QWidget *modal = QApplication::activeModalWidget())
+                answer(modal);
+        });
+        person.start(10);
+        act();
     }
     void close()
     {
@@ -88,7 +116,11 @@ protected:
         ws.images.clear();
         picture.reset();
     }
-    void showType(int row) { child<QComboBox>("comboBox")->setCurrentIndex(row); }
+    void showType(int row)
+    {
+        child<QComboBox>("comboBox")->setCurrentIndex(row);
+        settle();
+    }
     QPoint origin() const { return {window->previewX, window->previewY}; }
     Exposure *exposure() { return static_cast<Exposure *>(table.byId(kExposure)); }
     template <class Op>
@@ -96,7 +128,7 @@ protected:
     {
         auto made = std::make_unique<Op>(&table);
         Op *op = made.get();
-        table.add({id, 0, name, name, "", "", nullptr}, std::move(made));
+        table.add({id, 0, name, name, "", "%1 [a] [b] [c]", nullptr}, std::move(made));
         return op;
     }
     template <class Widget>
@@ -163,7 +195,6 @@ class Sampler : public DeclaredOp
 public:
     explicit Sampler(OperatorTable *table) : DeclaredOp(table)
     {
-        usageLine = QStringLiteral("%1 [a] [b] [c]");
         declare({&whole, "w", 1, 20, 5, spin("Whole")});
         declare({&real, "r", -2e6, 2e6, 0.5, doubleSpin("Real", 0.1, 2)});
         declare({&hidden, "h", 0, 9, 0, ::slider("Hidden"), false, false});
@@ -188,14 +219,32 @@ TEST_F(DialogTest, ListsTheTableAndRemembersTheChoice)
     open(120, 110);
     auto *combo = child<QComboBox>("opCombo");
     EXPECT_EQ(combo->currentText(), QLatin1String("Negative"));
-    EXPECT_EQ(combo->count(), int(table.operators().size()) + 1);
+    ASSERT_EQ(combo->count(), int(table.operators().size()) + 1);
+    for (int i = 1; i < combo->count(); ++i) {
+        const OpWrapper *op = table.operators()[size_t(i - 1)];
+        const bool enabled = combo->model()->flags(combo->model()->index(i, 0)) & Qt::ItemIsEnabled;
+        EXPECT_EQ(combo->itemText(i), op->menuName);
+        EXPECT_EQ(enabled, op->self != nullptr) << i;
+    }
     QTest::keyClick(combo, Qt::Key_Home);
     EXPECT_TRUE(table.currentOp == 0 && ws.mainOpIndex == 0 && table.page == nullptr);
-    for (const char *name : {"operate", "reset", "setHotkey"})
+    for (const char *name : {"operate", "reset", "setHotkey", "buildscript", "gethelp"})
         EXPECT_FALSE(child<QPushButton>(name)->isEnabled()) << name;
 
-    dialog->selectOperator(95); // has no row
-    EXPECT_EQ(combo->currentIndex(), 0);
+    for (const int none : {kEmptyRow, 4711}) {
+        dialog->selectOperator(kNegative);
+        dialog->selectOperator(none);
+        EXPECT_EQ(combo->currentIndex(), 0) << none;
+    }
+    dialog->selectOperator(kNegative);
+    combo->setCurrentIndex(combo->findData(kEmptyRow)); // as a search by letters can
+    EXPECT_EQ(table.currentOp, kNegative);
+    EXPECT_EQ(combo->currentText(), QLatin1String("Negative"));
+    QSignalSpy help(dialog.get(), &Operators::helpRequested);
+    QTest::mouseClick(child<QPushButton>("gethelp"), Qt::LeftButton);
+    EXPECT_EQ(help.value(0).value(0).toInt(), kNegative);
+    EXPECT_EQ(child<QPushButton>("gethelp")->toolTip(),
+              QLatin1String("Open manual to\n\"opnegative.html\"\noperator help page"));
     dialog->selectOperator(kExposure);
     EXPECT_EQ(combo->currentText(), QLatin1String("Exposure"));
     EXPECT_EQ(dialog->helpPageName, QLatin1String("opexposure.html"));
@@ -212,6 +261,7 @@ TEST_F(DialogTest, SliderKeysChangeFieldValueAndPreview)
     auto *slider = child<QSlider>("slider0");
     for (int i = 0; i < 25; ++i)
         QTest::keyClick(slider, i % 2 ? Qt::Key_Right : Qt::Key_PageUp);
+    settle();
     EXPECT_EQ(exposure()->amount, 25);
     EXPECT_EQ(child<QLabel>("value0")->text(), QLatin1String("25"));
     const int opaque = int(std::find(picture->alpha, picture->alpha + 100, 65535) - picture->alpha);
@@ -229,22 +279,34 @@ TEST_F(DialogTest, SliderKeysChangeFieldValueAndPreview)
     EXPECT_EQ(applied.count(), 1);
 }
 
-TEST_F(DialogTest, NStepsThroughTheOperators)
+TEST_F(DialogTest, NStepsThroughTheOperatorsThatAreThere)
 {
     open(120, 110);
-    const auto row = [this] { return child<QComboBox>("opCombo")->currentIndex(); };
-    const int last = int(table.operators().size());
-    for (int i = 0; i < last + 3; ++i)
-        QTest::keyClick(dialog.get(), Qt::Key_N);
-    EXPECT_EQ(row(), last);
+    QList<int> there = {0};
+    for (const OpWrapper *op : table.operators())
+        if (op->self)
+            there << op->id;
+    QList<int> seen = {table.currentOp};
+    // In the list itself, which would look for names that begin with the letter.
+    for (int i = 1; i < there.size() + 2; ++i) {
+        QTest::keyClick(child<QComboBox>("opCombo"), Qt::Key_N);
+        if (table.currentOp != seen.last())
+            seen << table.currentOp;
+    }
+    EXPECT_EQ(seen, there);
     QTest::keyClick(dialog.get(), Qt::Key_N, Qt::ShiftModifier);
-    EXPECT_EQ(row(), last - 1);
+    EXPECT_EQ(table.currentOp, there[there.size() - 2]);
     QTest::keyClick(dialog.get(), Qt::Key_N, Qt::MetaModifier);
-    EXPECT_EQ(row(), last - 1);
+    EXPECT_EQ(table.currentOp, there[there.size() - 2]);
     EXPECT_EQ(host.newImageDialogs, 1);
     dialog->selectOperator(0);
     QTest::keyClick(dialog.get(), Qt::Key_N, Qt::ShiftModifier);
-    EXPECT_EQ(row(), 0);
+    EXPECT_EQ(table.currentOp, 0);
+    QSignalSpy digits(dialog.get(), &Operators::digitAction);
+    for (const int key : {Qt::Key_1, Qt::Key_9, Qt::Key_0})
+        QTest::keyClick(child<QComboBox>("opCombo"), Qt::Key(key), Qt::AltModifier);
+    const QList<QList<QVariant>> entries = {{0}, {8}, {9}};
+    EXPECT_EQ(QList<QList<QVariant>>(digits), entries);
 }
 
 TEST_F(DialogTest, HotkeysAreTakenOrRefused)
@@ -252,42 +314,57 @@ TEST_F(DialogTest, HotkeysAreTakenOrRefused)
     struct {
         const char *fault, *keys, *hotkey, *box;
     } const cases[] = {
-        {"reserved", "h", "z",
+        {"reserved", "h", "y",
          "Key Not Allowed: \"h\" cannot be used as a hotkey.\nHow about \"H\" instead?"},
-        {"of another", "k", "z", "Key In Use: This hotkey is already in use"},
-        {"its own again", "z", "z", ""},
-        {"given up", "", "z", ""},
+        {"of another", "c", "y", "Key In Use: This hotkey is already in use"},
+        {"of a command", "k", "y",
+         "Key In Use: This key is already in use for \"Checker behind transparency\""},
+        {"steps", "n", "y",
+         "Key Not Allowed: \"n\" steps through the operators.\nPlease choose another key."},
+        {"its own again", "y", "y", ""},
+        {"given up", "", "y", ""},
         {"upper case of the reserved", "H", "H", ""}};
     ws.mainOpIndex = kExposure;
     open(120, 110);
-    exposure()->hotkey = QStringLiteral("z");
-    table.byId(kNegative)->hotkey = QStringLiteral("k");
+    exposure()->hotkey = QStringLiteral("y");
+    table.byId(kNegative)->hotkey = QStringLiteral("c");
+    keyTable() = KeyTable::defaults();
+    keyTable().bind(Qt::Key_N, 0);
     QString keys;
     QStringList grabbed, boxes;
-    QTimer person; // types into the key grabber and closes message boxes
-    QObject::connect(&person, &QTimer::timeout, [&] {
-        QWidget *modal = QApplication::activeModalWidget();
+    const auto person = [&](QWidget *modal) {
         if (auto *box = qobject_cast<QMessageBox *>(modal)) {
             boxes << box->windowTitle() + ": " + box->text();
             box->accept();
-        } else if (modal && modal->objectName() == "keyGrabber") {
+        } else if (modal->objectName() == "keyGrabber") {
             grabbed << keys;
             QTest::keyClicks(modal, keys);
             if (keys.isEmpty())
                 QTest::keyClick(modal, Qt::Key_Escape);
         }
-    });
-    person.start(10);
+    };
     for (const auto &c : cases) {
         keys = c.keys;
         grabbed.clear();
         boxes.clear();
-        QTest::mouseClick(child<QPushButton>("setHotkey"), Qt::LeftButton);
+        whileAnswering(
+            person, [this] { QTest::mouseClick(child<QPushButton>("setHotkey"), Qt::LeftButton); });
         EXPECT_EQ(grabbed, QStringList{keys}) << c.fault;
         EXPECT_EQ(exposure()->hotkey, c.hotkey) << c.fault;
         EXPECT_EQ(boxes.join('|'), c.box) << c.fault;
     }
+    keyTable() = KeyTable::defaults();
     EXPECT_EQ(child<QLabel>("hotkeyLabel")->text(), QLatin1String("H"));
+
+    QTest::keyClicks(child<QComboBox>("opCombo"), "c");
+    EXPECT_EQ(table.currentOp, kNegative);
+    QTest::keyClick(dialog.get(), Qt::Key_H);
+    QTest::keyClick(dialog.get(), Qt::Key_H, Qt::ShiftModifier | Qt::AltModifier);
+    EXPECT_EQ(table.currentOp, kNegative) << "upper case alone is Exposure's";
+    EXPECT_TRUE(dialog->hotkeyPressed("H"));
+    EXPECT_EQ(table.currentOp, kExposure);
+    table.operators().back()->hotkey = QStringLiteral("e"); // has no operator
+    EXPECT_FALSE(dialog->hotkeyPressed("e") || dialog->hotkeyPressed(""));
 }
 
 TEST_F(DialogTest, ControlKeysGoToTheMainWindowUnlessThereIsText)
@@ -372,9 +449,11 @@ TEST_F(DialogTest, PreviewBeforeShowsTheOriginalWhileItIsDown)
     EXPECT_EQ(histogram->counts(0)[0xEF], 100 * 100 - 1) << "the clear sample is left out";
     auto *before = child<QPushButton>("before");
     QTest::mousePress(before, Qt::LeftButton);
+    settle();
     EXPECT_TRUE(isCrop(*table.preview, *picture, {}));
     EXPECT_EQ(histogram->counts(0)[0x10], 100 * 100 - 1);
     QTest::mouseRelease(before, Qt::LeftButton);
+    settle();
     EXPECT_EQ(table.preview->red[0], 65535 - picture->red[0]);
     EXPECT_TRUE(picture->undoList.isEmpty() && table.preview->undoList.isEmpty());
     EXPECT_EQ(table.lastOp, 0) << "a preview is no act";
@@ -388,8 +467,10 @@ TEST_F(DialogTest, PreviewDraggingMovesTheCropAndEndsAtTheEdges)
     QTest::mousePress(view, Qt::LeftButton, {}, QPoint(10, 10));
     moveTo(view, QPoint(40, 25));
     moveTo(view, QPoint(35, 25));
+    settle();
     EXPECT_TRUE(isCrop(*table.preview, *picture, {25, 15}));
     moveTo(view, QPoint(99, 99));
+    settle();
     EXPECT_EQ(origin(), QPoint(80, 30));
     QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(99, 99));
     moveTo(view, QPoint(0, 0));
@@ -416,6 +497,7 @@ TEST_F(DialogTest, PreviewKeysMoveTheCrop)
                              Step{Qt::Key_Right, Qt::NoModifier, {400, 300}},
                              Step{Qt::Key_Home, Qt::NoModifier, {0, 0}}}) {
         QTest::keyClick(dialog.get(), step.key, step.modifiers);
+        settle();
         EXPECT_EQ(origin(), step.origin);
         EXPECT_TRUE(isCrop(*table.preview, *picture, step.origin));
     }
@@ -430,6 +512,7 @@ TEST_F(DialogTest, PreviewIsClearedWithItsWindow)
     EXPECT_FALSE(child<OpPreview>("oppreview")->shown().isNull());
     close();
     dialog->timetopreview();
+    settle();
     EXPECT_TRUE(child<OpPreview>("oppreview")->shown().isNull());
     EXPECT_FALSE(child<QPushButton>("operate")->isEnabled());
     dialog->prod(5, 5);
@@ -464,10 +547,10 @@ protected:
     Page()
     {
         open(120, 110);
-        dialog->selectOperator(1);
+        dialog->selectOperator(kCrowd);
     }
-    Crowd *crowd = add<Crowd>(1, "crowd");
-    Sampler *sampler = add<Sampler>(90, "sampler");
+    Crowd *crowd = add<Crowd>(kCrowd, "crowd");
+    Sampler *sampler = add<Sampler>(kSampler, "sampler");
 };
 
 TEST_F(Page, EveryControlReachesItsHandlerAndHasAName)
@@ -487,10 +570,19 @@ TEST_F(Page, EveryControlReachesItsHandlerAndHasAName)
             EXPECT_EQ(crowd->last, QString("%1 %2 %3").arg(pool.pool).arg(i).arg(pool.value));
         }
     EXPECT_EQ(crowd->added.count(-1), 14 * 8 - 57) << "refused when a pool is full";
-    QTest::mouseClick(child<ColorWell>("well0"), Qt::LeftButton);
-    EXPECT_EQ(crowd->last, QString("colorwell 0 %1").arg(double(0x12569A)));
-    QTest::keyClick(child<ColorWell>("well1"), Qt::Key_Space);
-    EXPECT_EQ(crowd->last, QString("colorwell 1 %1").arg(double(0xFF0000)));
+    QStringList shown; // by the picker when it comes up
+    const auto picks = [&](QWidget *modal) {
+        auto *picker = qobject_cast<QColorDialog *>(modal);
+        shown << picker->currentColor().name();
+        picker->setCurrentColor(QColor(1, 2, 3));
+        shown.size() == 1 ? picker->accept() : picker->reject();
+    };
+    whileAnswering(picks, [this] { QTest::mouseClick(child<ColorWell>("well0"), Qt::LeftButton); });
+    EXPECT_EQ(crowd->last, QString("colorwell 0 %1").arg(double(0x010203)));
+    crowd->last.clear();
+    whileAnswering(picks, [this] { QTest::keyClick(child<ColorWell>("well1"), Qt::Key_Space); });
+    EXPECT_EQ(crowd->last, QString()) << "given up";
+    EXPECT_EQ(shown, (QStringList{"#12569a", "#ff0000"}));
     for (const QWidget *w : child<QWidget>("operatorPage")
                                 ->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly))
         EXPECT_TRUE(!w->accessibleName().isEmpty() || w->focusPolicy() == Qt::NoFocus)
@@ -520,7 +612,7 @@ TEST_F(Page, OnlyThePersonIsHeardAndOnlyOnTheShownPage)
 
 TEST_F(Page, DeclaredControlsFollowTheFields)
 {
-    dialog->selectOperator(90);
+    dialog->selectOperator(kSampler);
     auto *whole = child<QSpinBox>("intspin0");
     auto *real = child<QDoubleSpinBox>("dubspin0");
     auto *hidden = child<QSlider>("slider0");
@@ -560,4 +652,145 @@ TEST_F(Page, DeclaredLinesReadBackAsWritten)
     EXPECT_EQ(usage, QLatin1String("sampler [a] [b] [c]"));
     EXPECT_FALSE(sampler->readArguments(3, {"1", "99999", "2"}, &usage)); // a check is 0 or 1
     EXPECT_TRUE(sampler->on);
+}
+
+namespace
+{
+/// Counts its runs and remembers what it saw.
+class Watcher : public OpWrapper
+{
+public:
+    using OpWrapper::OpWrapper;
+    void build(OpPage *page) override { page->addSlider("S", 0, 99, 0, false); }
+    int slider(int, int v) override { return value = v, 1; }
+    void apply(image *target, image *) override
+    {
+        ++runs;
+        seen = value;
+        sample = target->red[0];
+        dice = random15();
+    }
+    int value = 0, runs = 0, seen = -1, sample = -1, dice = -1;
+};
+} // namespace
+
+TEST_F(DialogTest, ADragCostsOneRefreshOfItsLastState)
+{
+    auto *op = add<Watcher>(kWatcher, "watcher");
+    open(300, 200);
+    showType(0);
+    dialog->selectOperator(kWatcher);
+    settle();
+    auto *slider = child<QSlider>("slider0");
+    op->runs = 0;
+    for (int i = 1; i <= 50; ++i)
+        slider->setValue(i);
+    EXPECT_EQ(op->runs, 0);
+    settle();
+    EXPECT_TRUE(op->runs == 1 && op->seen == 50);
+
+    picture->fill(1234, 0, 0, 65535);
+    dialog->timetopreview();
+    slider->setValue(60); // must not make the stale thumbnail serve again
+    settle();
+    EXPECT_TRUE(op->runs == 2 && op->seen == 60);
+    EXPECT_EQ(table.previewThumb->red[50 * 100 + 50], 1234);
+    const int dice = op->dice;
+    seedRandom15(77);
+    const int next = random15();
+    seedRandom15(77);
+    slider->setValue(70);
+    settle();
+    EXPECT_EQ(op->dice, dice) << "each preview sees the same numbers";
+    EXPECT_EQ(random15(), next) << "and takes none from the work";
+
+    picture->inUse = true; // an operator lets events through
+    slider->setValue(80);
+    QTest::qWait(120);
+    EXPECT_EQ(op->runs, 3);
+    picture->inUse = false;
+    settle();
+    EXPECT_TRUE(op->runs == 4 && op->seen == 80);
+}
+
+TEST_F(DialogTest, LinesGoToTheScriptUntilItIsCleared)
+{
+    open(120, 110);
+    auto *script = static_cast<Script *>(table.byId(kScript));
+    auto *add = child<QPushButton>("buildscript"), *clear = child<QPushButton>("reset_2");
+    dialog->selectOperator(kScript);
+    EXPECT_FALSE(add->isEnabled() || clear->isEnabled());
+    dialog->selectOperator(kExposure);
+    child<QSlider>("slider0")->setValue(12);
+    script->text = QStringLiteral("# by hand");
+    QSignalSpy edited(dialog.get(), &Operators::scriptEdited);
+    QTest::mouseClick(add, Qt::LeftButton);
+    EXPECT_EQ(script->text, QLatin1String("# by hand\nexposure 12 0\n"));
+    EXPECT_EQ(table.currentOp, kExposure);
+    ws.showBuiltScript = true;
+    QTest::mouseClick(add, Qt::LeftButton);
+    EXPECT_EQ(table.currentOp, kScript);
+    EXPECT_EQ(child<QPlainTextEdit>("ceditor0")->toPlainText(), script->text);
+    EXPECT_EQ(script->text.count("exposure"), 2);
+
+    ws.answer = 0;
+    QTest::mouseClick(clear, Qt::LeftButton);
+    EXPECT_EQ(ws.questions.size(), 1);
+    EXPECT_FALSE(script->text.isEmpty());
+    ws.confirmClearScript = false;
+    QTest::mouseClick(clear, Qt::LeftButton);
+    EXPECT_EQ(ws.questions.size(), 1);
+    EXPECT_TRUE(script->text.isEmpty());
+    EXPECT_EQ(child<QPlainTextEdit>("ceditor0")->toPlainText(), QString());
+    EXPECT_FALSE(clear->isEnabled());
+    EXPECT_EQ(edited.count(), 3);
+}
+
+TEST_F(DialogTest, FavoritesAreMenuEntriesByName)
+{
+    QTemporaryDir folder;
+    QSettings store(folder.filePath("s.ini"), QSettings::IniFormat);
+    table.store = &store;
+    store.setValue("opfav02", "Negative");
+    store.setValue("opfav15", "Not There");
+    store.setValue("opfavx", "nonsense");
+    QAction exposureAction("E&xposure\tE"), negativeAction("Negative");
+    negativeAction.setEnabled(false);
+    QSignalSpy exposed(&exposureAction, &QAction::triggered);
+    auto panel = std::make_unique<OpFavorites>(&table, QList{&exposureAction, &negativeAction});
+    panel->show();
+    EXPECT_TRUE(ws.favoritesShown);
+    EXPECT_EQ(panel->favorite(2), QLatin1String("Negative"));
+    EXPECT_TRUE(panel->favorite(0).isEmpty() && panel->favorite(16).isEmpty());
+    panel->setFavorite(16, "Exposure"); // is no slot
+
+    table.currentOp = kExposure;
+    QString offered; // by the menu of a slot, before one of its keys is pressed
+    const auto menuOf = [&](int number, Qt::Key key) {
+        QTimer::singleShot(20, panel.get(), [&offered, key] {
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            ASSERT_NE(menu, nullptr);
+            offered = menu->actions().constFirst()->text();
+            QTest::keyClick(menu, key);
+            menu->close();
+        });
+        auto *slot = panel->findChild<QPushButton *>(QStringLiteral("favorite%1").arg(number));
+        emit slot->customContextMenuRequested(QPoint(3, 3));
+        return slot;
+    };
+    const QPushButton *first = menuOf(1, Qt::Key_P);
+    EXPECT_EQ(offered, QLatin1String("&Put \"Exposure\" Here"));
+    EXPECT_EQ(first->text(), QLatin1String("Exposure"));
+    QTest::mouseClick(panel->findChild<QPushButton *>("favorite1"), Qt::LeftButton);
+    EXPECT_EQ(exposed.count(), 1);
+    EXPECT_EQ(menuOf(15, Qt::Key_C)->text(), QLatin1String("(empty)"));
+    menuOf(2, Qt::Key_W);
+    table.currentOp = kScript; // stands in another menu
+    menuOf(3, Qt::Key_P);
+    EXPECT_TRUE(panel->favorite(3).isEmpty());
+    panel->save();
+    panel->close();
+    EXPECT_FALSE(ws.favoritesShown);
+    EXPECT_EQ(store.value("opfav01").toString(), QLatin1String("Exposure"));
+    EXPECT_TRUE(store.value("opfav15").toString().isEmpty() && store.value("opwide").toBool());
 }
