@@ -105,6 +105,7 @@ void PageBuilder::clear()
     page->setObjectName(QStringLiteral("operatorPage"));
     column = new QVBoxLayout(page);
     area->setWidget(page);
+    page->hide(); // what is added to a page that is seen has no size before the next events
 }
 
 QHBoxLayout *PageBuilder::currentRow()
