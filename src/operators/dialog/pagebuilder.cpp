@@ -55,6 +55,8 @@ void PageBuilder::rebuild(OpWrapper *op)
     clear();
     if (op)
         op->build(this);
+    if (op && rows.empty()) // an empty page would look like one that failed
+        addLabel(Operators::tr("This operator has no settings."), LabelAlign::Left, true);
     alignLabels();
     column->addStretch(1);
     connectPage();
