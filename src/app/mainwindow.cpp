@@ -13,6 +13,7 @@
 #include "operators/dialog/operators.h"
 #include "operators/dialog/opfavorites.h"
 #include "operators/table/allops.h"
+#include "script/run/macrorecorder.h"
 #include "ui_mainwindow.h"
 #include "views/clipboardacts.h"
 #include "views/imgwindow.h"
@@ -89,6 +90,7 @@ MainWindow::MainWindow()
 
     restorePosition();
     createOperators();
+    createRecorder();
 
     for (QLabel *label : {ui->brushLabel, ui->originLabel, ui->areaLabel, ui->positionLabel})
         label->setFont(fixedFont(10));

@@ -22,6 +22,7 @@
 class DownloadManager;
 class Layers;
 class Notations;
+class MacroRecorder;
 class OpFavorites;
 class Operators;
 struct PreferencesExtras;
@@ -130,6 +131,7 @@ public:
     void pointerOver(imgWindow *window, int x, int y) override;
     void dropperPicked(image *img, const QRect &samples) override;
     void dropperEnded(bool hasRead) override;
+    MacroRecorder *recorder() override;
     void openView(image *img) override;
     void windowClosed(imgWindow *window) override;
     void recordFrameMargins(imgWindow *window) override;
@@ -184,6 +186,7 @@ public slots:
     void on_actionShow_Operators_triggered();
     void on_actionOperator_Favorites_triggered(bool on);
     void on_actionSplit_View_triggered(bool on);
+    void on_actionRecord_Macro_toggled(bool recording);
     void on_actionRestore_from_Origin_triggered();
     void on_actionInformation_triggered();
     void on_actionNotations_triggered();
@@ -271,6 +274,8 @@ private:
     void restorePosition();
     void placeOperators();
 
+    bool isWorkedOn(const image *img);
+
     // mainwindow_operators.cpp: what the operators need around their dialog
     void connectOperators();
     void digitAction(int entry);
@@ -283,6 +288,9 @@ private:
     void collectToggles();
     void fillRecentMenu();
     bool isOwn(const QAction *action) const;
+
+    // mainwindow_record.cpp: what is done by hand becomes a macro
+    void createRecorder();
 
     // mainwindow_script.cpp: the script language
     void createScripts();
@@ -303,8 +311,8 @@ private:
 
     // mainwindow_select.cpp: acts on the whole selection, shapes
     image *selectedImage() const;
-    void changeSelectionBy(const char *word, const QString &title, const QString &explanation, int *samples, int most,
-                           bool (*act)(image *, int));
+    void changeSelectionBy(const char *word, const QString &title, const QString &explanation,
+                           int *samples, int most, bool (*act)(image *, int));
 
     void sendKey(int key, Qt::KeyboardModifiers modifiers);
     void sendCommand(int number);
@@ -364,8 +372,9 @@ private:
     std::unique_ptr<ScriptDesk> scripts; ///< of the table's operators
     QTimer scriptPreview;
     std::unique_ptr<colorblending> blendState;
-    Operators *operators = nullptr; ///< a child, deleted before the table it shows
+    Operators *operators = nullptr;   ///< a child, deleted before the table it shows
     OpFavorites *favorites = nullptr; ///< likewise
+    std::unique_ptr<MacroRecorder> macroRecorder;
     DownloadManager *downloadManager = nullptr;
     QPointer<QProgressDialog> progressDialog;
     QActionGroup *blendGroup = nullptr;

@@ -154,13 +154,25 @@ image *MainWindow::operated(image *img)
     return nullptr;
 }
 
+/// Whether a run beside the main thread is to change this picture: another Apply would work on
+/// samples that it takes away. Told if so.
+bool MainWindow::isWorkedOn(const image *img)
+{
+    for (const imgWindow *view : windowsOf(img))
+        if (view->previewJobRunning()) {
+            statusText(tr("An operator is still at work on this picture: apply when it is done"));
+            return true;
+        }
+    return false;
+}
+
 void MainWindow::on_operate_clicked()
 {
     imgWindow *window = validCurrent();
     if (!window || busy > 0)
         return;
     image *img = operated(window->img);
-    if (!img)
+    if (!img || isWorkedOn(img))
         return;
     // A script may select for itself.
     if (img->kind != 1 && !invertSelection && !img->anyMaskSet() &&
@@ -189,7 +201,7 @@ void MainWindow::on_actionApply_Again_triggered()
     if (!window || busy > 0 || table->currentOp == 0)
         return;
     image *img = operated(window->img);
-    if (!img)
+    if (!img || isWorkedOn(img))
         return;
     for (imgWindow *view : windowsOf(img))
         view->settleJobs();

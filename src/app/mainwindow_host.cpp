@@ -295,7 +295,7 @@ void MainWindow::previewOutdated()
 {
     // A run would be asked for another one, of the preview, at each of its statements.
     if (operators && !table->inPreview && !(scripts && scripts->isRunning()))
-        operators->timetopreview();
+        operators->timetopreview(); // the split view with it
 }
 
 void MainWindow::refreshOperatorSource()

@@ -25,7 +25,6 @@ void MainWindow::connectOperators()
             showOperatorHelp(operators, *op);
     });
     connect(operators, &Operators::digitAction, this, &MainWindow::digitAction);
-    connect(operators, &Operators::previewRefreshed, this, [this]() { splitOutdated(); });
     favorites = new OpFavorites(table.get(), operatorGroup->actions(), this);
     connect(favorites, &OpFavorites::shownChanged, this, [this]() { syncToggles(); });
     if (favoritesShown)
@@ -49,9 +48,14 @@ void MainWindow::on_actionSplit_View_triggered(bool on)
 {
     splitView = on;
     splitOutdated();
+    if (!on)
+        return;
     const imgWindow *window = validCurrent();
-    if (on && !window)
-        statusText(tr("Before | After is shown in the window of the current picture"));
+    const QString hindrance = window ? window->split.hindrance()
+                                     : tr("Before | After is shown in the window of the current "
+                                          "picture");
+    if (!hindrance.isEmpty())
+        statusText(hindrance);
 }
 
 void MainWindow::dropperPicked(image *img, const QRect &samples)

@@ -37,7 +37,7 @@ const QStringList kSeenInWindows = {
     QStringLiteral("snapOffsetY"),     QStringLiteral("snapGridShown"),
     QStringLiteral("guidesShown"),     QStringLiteral("showNotations"),
     QStringLiteral("dashLength"),      QStringLiteral("aSelectColor"),
-    QStringLiteral("marchingOutline")};
+    QStringLiteral("marchingOutline"), QStringLiteral("splitView")};
 } // namespace
 
 void MainWindow::loadKeys()

@@ -196,6 +196,30 @@ PreferencePage *Preferences::metadataPage()
     return page;
 }
 
+PreferencePage *Preferences::operatorsPage()
+{
+    auto *page = new PreferencePage(tr("Operators"), QString());
+    page->heading(tr("In the picture"));
+    page->check("splitView", tr("Show &Before | After"),
+                tr("The current window shows, right of a border that can be moved, what Apply "
+                   "would make of the picture"));
+    page->number("dropperSize", tr("&Eyedropper reads"),
+                 tr("Side of the square of samples that a click with it takes together"),
+                 tr(" px"));
+    page->heading(tr("Histogram of the preview"));
+    page->choice("histogramChannel", tr("Shows &channels"),
+                 tr("Whose levels are counted; a right click on it chooses too"),
+                 {tr("all colours"), tr("red"), tr("green"), tr("blue"), tr("luma")});
+    page->check("histogramLog", tr("&Logarithmic height"),
+                tr("Rare levels are seen too; a click on the histogram switches over"));
+    page->heading(tr("Scripts from operators"));
+    page->check("showBuiltScript", tr("Show the &Script operator after a line was added"),
+                tr("The button with the arrow adds a line of the operator to the script"));
+    page->check("confirmClearScipt", tr("&Ask before the script is erased"),
+                tr("When the button Clear Script is pressed"));
+    return page;
+}
+
 // --- The dialog ---------------------------------------------------------------------------
 
 Preferences::Preferences(const PreferencesExtras &extras, std::function<QString()> pick,
@@ -230,6 +254,7 @@ void Preferences::addPages()
     addPage(snappingPage());
     addPage(filesPage());
     addPage(metadataPage());
+    addPage(operatorsPage());
     addPage(new ToolIconPage(given.iconNames, given.toolIcons, pickIcon));
 }
 

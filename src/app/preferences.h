@@ -63,6 +63,7 @@ private:
     PreferencePage *snappingPage();
     PreferencePage *filesPage();
     PreferencePage *metadataPage();
+    PreferencePage *operatorsPage();
     /// The values of all pages, as they stand in the fields.
     PreferenceValues fieldValues() const;
     PreferenceValues presentValues() const;
