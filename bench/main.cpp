@@ -14,6 +14,7 @@ void registerFormatBenchmarks();
 void registerAreaMaskBenchmarks();
 void registerAreaFigureBenchmarks();
 void registerScriptBenchmarks();
+void registerPreviewBenchmarks();
 
 int main(int argc, char **argv)
 {
@@ -30,6 +31,7 @@ int main(int argc, char **argv)
     registerAreaFigureBenchmarks();
     registerNativeBenchmarks();
     registerScriptBenchmarks();
+    registerPreviewBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }
