@@ -423,6 +423,11 @@ TEST_F(Lookups, AWrittenGammaReadsBackAsTheSamePlace)
     QString line;
     opOf("gamma")->scriptLine(&line);
     EXPECT_EQ(line, "gamma 1\n");
+    for (const char *given : {"gamma 2.91\n", "gamma 1.4\n", "gamma 0.25\n", "gamma 4\n"}) {
+        EXPECT_EQ(call(QString(given).trimmed(), nullptr), 1);
+        opOf("gamma")->scriptLine(&line);
+        EXPECT_EQ(line, given);
+    }
 }
 
 TEST(Statistics, CountWhatTheyShould)

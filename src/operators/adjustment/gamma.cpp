@@ -14,6 +14,7 @@ namespace
 {
 constexpr double kLeast = 0.25, kMost = 4.0;
 constexpr double kSpan = kMost - kLeast;
+constexpr int kMostDigits = 17;
 
 /// The slider's place for a gamma. Rounded far below what shows, so that a written line reads
 /// back as the very place it was written from.
@@ -89,9 +90,15 @@ bool Gamma::setParameter(const QString &key, const QString &value)
 
 void Gamma::scriptLine(QString *out)
 {
-    if (out)
-        *out = QStringLiteral("%1 %2\n").arg(
-            scriptName, QString::number(gammaValue(), 'f', QLocale::FloatingPointShortest));
+    if (!out)
+        return;
+    // The gamma of a place comes out a hair beside the number that was given for it: the
+    // shortest number that leads to the same place is that one.
+    const double gamma = gammaValue();
+    int digits = 0;
+    while (digits < kMostDigits && fieldOf(QString::number(gamma, 'f', digits).toDouble()) != field)
+        ++digits;
+    *out = QStringLiteral("%1 %2\n").arg(scriptName, QString::number(gamma, 'f', digits));
 }
 
 bool Gamma::readArguments(int argc, const QStringList &args, QString *usageText)

@@ -13,7 +13,7 @@ ToneRange toneRange(const image *target, bool gather, uint16_t maskAbove)
     if (workspace())
         std::copy_n(workspace()->sampleStatistics, 9, values);
     if (gather && target)
-        gatherStatistics(*target, maskAbove, values);
+        sumSelected(*target, maskAbove, maskAbove > 0).write(values);
     return {clampSample(*std::min_element(values, values + 3)),
             clampSample(*std::max_element(values + 3, values + 6))};
 }

@@ -12,8 +12,9 @@ struct ToneRange {
 };
 
 /// The tone range of the statistics that Sample keeps. With `gather` those of the target are
-/// taken instead, of its samples with a mask above `maskAbove`, and what Sample keeps stays as
-/// it is; a target without such samples has no tones of its own, so the kept ones count.
+/// taken instead, of its samples with a mask above `maskAbove` (above 0: whatever their alpha), and
+/// what Sample keeps stays as it is; a target without such samples has no tones of its own, so the
+/// kept ones count.
 ToneRange toneRange(const image *target, bool gather, uint16_t maskAbove = 0);
 
 /// How Floor and Ceiling choose their cut from a tone range.

@@ -9,15 +9,24 @@
 
 namespace
 {
+/// Which samples count.
+struct SampleChoice {
+    bool byMask = false;
+    uint16_t maskAbove = 0;
+    bool unseenToo = false; ///< those of alpha 0
+};
+
 /// Samples of one row; a null mask counts all of them. Without branches, for vectors.
-void sumRow(const image &img, int64_t start, int count, const uint16_t *mask, uint16_t maskAbove,
+void sumRow(const image &img, int64_t start, int count, const SampleChoice &choice,
             SampleSums *sums)
 {
+    const uint16_t *mask = choice.byMask ? img.gmask + start : nullptr;
+    const uint16_t maskAbove = choice.maskAbove, alphaAtLeast = choice.unseenToo ? 0 : 1;
     const uint16_t *const planes[3] = {img.red + start, img.green + start, img.blue + start};
     const uint16_t *alpha = img.alpha + start;
     int32_t counted = 0;
     for (int i = 0; i < count; ++i)
-        counted += (!mask || mask[i] > maskAbove) && alpha[i] != 0;
+        counted += (!mask || mask[i] > maskAbove) && alpha[i] >= alphaAtLeast;
     if (counted == 0)
         return;
     sums->count += counted;
@@ -26,7 +35,7 @@ void sumRow(const image &img, int64_t start, int count, const uint16_t *mask, ui
         int32_t least = 65535, most = 0;
         uint32_t sum = 0; // a row has at most 32767 samples
         for (int i = 0; i < count; ++i) {
-            const int32_t in = -int32_t((!mask || mask[i] > maskAbove) && alpha[i] != 0);
+            const int32_t in = -int32_t((!mask || mask[i] > maskAbove) && alpha[i] >= alphaAtLeast);
             const int32_t sample = plane[i];
             least = std::min(least, sample | (~in & 65535));
             most = std::max(most, sample & in);
@@ -38,7 +47,7 @@ void sumRow(const image &img, int64_t start, int count, const uint16_t *mask, ui
     }
 }
 
-SampleSums sumRows(const image &img, const QRect &samples, bool byMask, uint16_t maskAbove)
+SampleSums sumRows(const image &img, const QRect &samples, const SampleChoice &choice)
 {
     SampleSums all;
     const QRect inside = samples & QRect(0, 0, img.width, img.height);
@@ -49,8 +58,7 @@ SampleSums sumRows(const image &img, const QRect &samples, bool byMask, uint16_t
         SampleSums band;
         for (int y = inside.top() + first; y < inside.top() + end; ++y) {
             const int64_t start = int64_t(y) * img.width + inside.left();
-            sumRow(img, start, inside.width(), byMask ? img.gmask + start : nullptr, maskAbove,
-                   &band);
+            sumRow(img, start, inside.width(), choice, &band);
         }
         const std::lock_guard<std::mutex> lock(joining);
         all.join(band);
@@ -81,14 +89,14 @@ bool SampleSums::write(int32_t out[9]) const
     return true;
 }
 
-SampleSums sumSelected(const image &img, uint16_t maskAbove)
+SampleSums sumSelected(const image &img, uint16_t maskAbove, bool unseenToo)
 {
-    return sumRows(img, QRect(0, 0, img.width, img.height), true, maskAbove);
+    return sumRows(img, QRect(0, 0, img.width, img.height), {true, maskAbove, unseenToo});
 }
 
 SampleSums sumRectangle(const image &img, const QRect &samples)
 {
-    return sumRows(img, samples, false, 0);
+    return sumRows(img, samples, {});
 }
 
 bool gatherStatistics(const image &img, uint16_t maskAbove, int32_t out[9])

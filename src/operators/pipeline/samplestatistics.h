@@ -21,8 +21,9 @@ struct SampleSums {
     bool write(int32_t out[9]) const;
 };
 
-/// Sums over the samples whose mask is above `maskAbove` and whose alpha is not 0.
-SampleSums sumSelected(const image &img, uint16_t maskAbove);
+/// Sums over the samples whose mask is above `maskAbove` and, but for `unseenToo`, whose alpha
+/// is not 0.
+SampleSums sumSelected(const image &img, uint16_t maskAbove, bool unseenToo = false);
 /// Sums over the samples in a rectangle whose alpha is not 0, whatever the mask. Parts outside
 /// of the image are left out.
 SampleSums sumRectangle(const image &img, const QRect &samples);
