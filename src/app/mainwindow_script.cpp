@@ -53,6 +53,7 @@ void MainWindow::connectScripts()
 {
     operators->scriptWords = scripts->words;
     connect(operators, &Operators::scriptEdited, scripts.get(), &ScriptDesk::followOperator);
+    connect(operators, &Operators::scriptEdited, this, &MainWindow::scriptTextChanged);
     connect(operators, &Operators::operatorChanged, this, [this](int id) {
         if (id != kScriptOperator)
             scripts->closeEditor();

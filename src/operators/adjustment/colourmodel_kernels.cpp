@@ -6,44 +6,13 @@
 
 namespace
 {
-/// Whole numbers become doubles in a loop of their own. In one loop with the work the compiler
-/// would take as many pixels at once as a vector has of the former, four times too many of the
-/// latter for the registers.
-void widen(const MixSpan &block, ResultBlock *samples)
-{
-    const uint16_t *__restrict__ red = block.red;
-    const uint16_t *__restrict__ green = block.green;
-    const uint16_t *__restrict__ blue = block.blue;
-    for (ptrdiff_t i = 0; i < block.count; ++i) {
-        samples->red[i] = double(int(red[i]));
-        samples->green[i] = double(int(green[i]));
-        samples->blue[i] = double(int(blue[i]));
-    }
-}
-
-template <class Rule>
-KESTRANE_ALWAYS_INLINE void changePixels(const MixSpan &span, const BlendPass &pass,
-                                         const Rule &rule)
-{
-    inlined::blendSpan(
-        span, pass, [&rule](const MixSpan &block, ResultBlock *results) KESTRANE_INLINE_LAMBDA {
-            widen(block, results);
-            for (ptrdiff_t i = 0; i < block.count; ++i) {
-                const Rgb made = rule(Rgb{results->red[i], results->green[i], results->blue[i]});
-                results->red[i] = made.red;
-                results->green[i] = made.green;
-                results->blue[i] = made.blue;
-            }
-        });
-}
-
 /// `hues` holds the same hue over and over: of a hue that stays the same the compiler would
 /// make branches, and no vectors of those.
 template <bool setsSaturation>
 void tintBlock(const MixSpan &block, const Tint &tint, const double *__restrict__ hues,
                ResultBlock *results)
 {
-    widen(block, results);
+    inlined::widen(block, results);
     const double saturation = tint.saturation;
     const double mix = tint.mix;
     const double rest = 1.0 - mix;
@@ -63,7 +32,7 @@ namespace KERNEL_NAMESPACE
 {
 void saturateSpan(const MixSpan &span, const BlendPass &pass, double factor)
 {
-    changePixels(span, pass, [factor](Rgb old) KESTRANE_INLINE_LAMBDA {
+    inlined::blendPixels(span, pass, [factor](Rgb old) KESTRANE_INLINE_LAMBDA {
         Hsl hsl = inlined::rgbToHsl(old);
         hsl.saturation = lesser(hsl.saturation * factor, 100.0);
         return inlined::hslToRgb(hsl);
@@ -72,7 +41,7 @@ void saturateSpan(const MixSpan &span, const BlendPass &pass, double factor)
 
 void turnHueSpan(const MixSpan &span, const BlendPass &pass, double shift)
 {
-    changePixels(span, pass, [shift](Rgb old) KESTRANE_INLINE_LAMBDA {
+    inlined::blendPixels(span, pass, [shift](Rgb old) KESTRANE_INLINE_LAMBDA {
         Hsl hsl = inlined::rgbToHsl(old);
         const double turned = hsl.hue + shift;
         hsl.hue = turned > 360.0 ? turned - 360.0 : turned < 0.0 ? turned + 360.0 : turned;

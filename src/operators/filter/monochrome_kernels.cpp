@@ -25,7 +25,7 @@ void mixPlane(uint16_t *__restrict__ plane, const uint16_t *__restrict__ greys,
               const uint16_t *__restrict__ mask, ptrdiff_t count)
 {
     for (ptrdiff_t i = 0; i < count; ++i) {
-        const double m = double(int(mask[i])) / 65535.0;
+        const double m = inlined::shareOfFull(double(int(mask[i])));
         plane[i] = inlined::mixedLinearly(plane[i], double(int(greys[i])), m);
     }
 }

@@ -124,15 +124,7 @@ KESTRANE_ALWAYS_INLINE uint16_t stored(double value)
     return uint16_t(int(value));
 }
 
-// Loops that only know doubles run in vectors of four. One that starts or ends with samples
-// runs in steps of sixteen, and with more than a few terms it is out of registers.
-
-void widen(const uint16_t *__restrict__ plane, double *__restrict__ wide, ptrdiff_t count)
-{
-    for (ptrdiff_t i = 0; i < count; ++i)
-        wide[i] = double(int(plane[i]));
-}
-
+/// The other way round of widen().
 void narrow(const double *__restrict__ wide, uint16_t *__restrict__ plane, ptrdiff_t count)
 {
     for (ptrdiff_t i = 0; i < count; ++i)
@@ -153,7 +145,7 @@ void mixPlane(uint16_t *__restrict__ plane, const double *__restrict__ results,
         return;
     }
     double mixed[ResultBlock::kSize];
-    widen(plane, mixed, count);
+    inlined::widen(plane, mixed, count);
     for (ptrdiff_t i = 0; i < count; ++i)
         mixed[i] = reversed ? Mode::mix(results[i], mixed[i], 1.0 - weights[i])
                             : Mode::mix(mixed[i], results[i], weights[i]);
@@ -324,12 +316,10 @@ struct ValueBlock {
 
 void splitValues(const MixSpan &block, ValueBlock *__restrict__ parts)
 {
-    double red[ResultBlock::kSize], green[ResultBlock::kSize], blue[ResultBlock::kSize];
-    widen(block.red, red, block.count);
-    widen(block.green, green, block.count);
-    widen(block.blue, blue, block.count);
+    ResultBlock wide;
+    inlined::widen(block, &wide);
     for (ptrdiff_t i = 0; i < block.count; ++i) {
-        const Hsv hsv = inlined::rgbToHsv({red[i], green[i], blue[i]});
+        const Hsv hsv = inlined::rgbToHsv({wide.red[i], wide.green[i], wide.blue[i]});
         parts->hue[i] = hsv.hue;
         parts->saturation[i] = hsv.saturation;
     }
@@ -342,7 +332,7 @@ void splitValues(const MixSpan &block, ValueBlock *__restrict__ parts)
 void joinValues(const ValueBlock &parts, ptrdiff_t count, ResultBlock *__restrict__ results)
 {
     double most[ResultBlock::kSize];
-    widen(parts.most, most, count);
+    inlined::widen(parts.most, most, count);
     for (ptrdiff_t i = 0; i < count; ++i) {
         const double value = most[i] * 100.0 / kFull;
         const Rgb rgb = inlined::hsvToRgb({parts.hue[i], parts.saturation[i], value});

@@ -36,7 +36,7 @@ KESTRANE_ALWAYS_INLINE void mixChannels(const MixSpan &span, const Rule &rule)
         uint16_t *__restrict__ blue = block.blue;
         const uint16_t *__restrict__ mask = block.mask;
         for (ptrdiff_t i = 0; i < block.count; ++i) {
-            const double m = double(int(mask[i])) / 65535.0;
+            const double m = shareOfFull(double(int(mask[i])));
             red[i] = mixedLinearly(red[i], double(int(rule(red[i]))), m);
             green[i] = mixedLinearly(green[i], double(int(rule(green[i]))), m);
             blue[i] = mixedLinearly(blue[i], double(int(rule(blue[i]))), m);

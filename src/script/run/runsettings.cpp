@@ -49,7 +49,7 @@ constexpr struct {
     {"outlinethresh", kSelecting},
     {"wandTolerance", kWand},
     {"globalPick", kWand},
-    {"maskWithTargetAlpha", kWand},
+    {"maskWithTargetAlpha", kWand | kBlendingActs},
     {kCurrentOperator, kSelecting},
     {"tMode", kShapingActs},
     {"tAmplitude", kShapingActs},

@@ -70,8 +70,9 @@ protected:
     {
         const QString macro = script->text;
         const char *const others[][2] = {
-            {"ellaa", "0"}, {"polyaa", "0"},    {"openFigure", "1"}, {"outline", "1"},
-            {"tMode", "0"}, {"blendMode", "5"}, {"aarange", "7"},    {"mainOpIndex", "55"}};
+            {"ellaa", "0"},   {"polyaa", "0"},       {"openFigure", "1"},
+            {"outline", "1"}, {"tMode", "0"},        {"blendMode", "5"},
+            {"aarange", "7"}, {"mainOpIndex", "55"}, {"maskWithTargetAlpha", "1"}};
         QStringList before;
         for (const auto &[key, value] : others) {
             before << space.settingText(key);
@@ -113,8 +114,9 @@ protected:
 
 TEST_F(RecordTest, RandomActsAndSteps)
 {
-    const int exposure = table.byScriptName("exposure")->id;
-    const int negative = table.byScriptName("negative")->id;
+    // What goes by settings, statistics and parameters that no script line tells among them.
+    const char *const names[] = {"exposure", "exposure", "negative",     "burn",    "colorfill",
+                                 "curves",   "sample",   "whitebalance", "alphamod"};
     for (unsigned seed = 1; seed <= 100; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
@@ -139,10 +141,19 @@ TEST_F(RecordTest, RandomActsAndSteps)
             const struct {
                 const char *key;
                 int low, high;
-            } settings[] = {{"blendMode", 0, 8},  {"tMode", 0, 3},        {"invertSelection", 0, 1},
-                            {"ellaa", 0, 1},      {"FilledFigure", 0, 1}, {"openFigure", 0, 1},
-                            {"outline", 0, 1},    {"edgeOnly", 0, 1},     {"wandTolerance", 0, 100},
-                            {"globalPick", 0, 1}, {"aarange", 1, 4},      {"mainOpIndex", 54, 55}};
+            } settings[] = {{"blendMode", 0, 8},
+                            {"tMode", 0, 3},
+                            {"invertSelection", 0, 1},
+                            {"ellaa", 0, 1},
+                            {"FilledFigure", 0, 1},
+                            {"openFigure", 0, 1},
+                            {"outline", 0, 1},
+                            {"edgeOnly", 0, 1},
+                            {"wandTolerance", 0, 100},
+                            {"globalPick", 0, 1},
+                            {"aarange", 1, 4},
+                            {"mainOpIndex", 54, 55},
+                            {"maskWithTargetAlpha", 0, 1}};
             const auto &change = settings[pick(0, int(std::size(settings)) - 1)];
             space.setSetting(change.key, QString::number(pick(change.low, change.high)), nullptr);
             switch (pick(0, 11)) {
@@ -171,7 +182,8 @@ TEST_F(RecordTest, RandomActsAndSteps)
                 break;
             default:
                 table.setParameter("operatorExposure", QString::number(pick(-60, 60)));
-                apply(pick(0, 1) ? exposure : negative, pick(0, 3) > 0);
+                apply(table.byScriptName(names[pick(0, int(std::size(names)) - 1)])->id,
+                      pick(0, 3) > 0);
             }
         }
         recorder.setOn(false, picture);
