@@ -4,6 +4,7 @@
 
 #include "app/scriptdesk.h"
 #include "operators/base/operatortable.h"
+#include "operators/dialog/operators.h"
 #include "script/run/macrorecorder.h"
 #include "script/run/script.h"
 #include "ui_mainwindow.h"
@@ -21,6 +22,7 @@ void MainWindow::createRecorder()
     macroRecorder = std::make_unique<MacroRecorder>(table.get(), script);
     macroRecorder->textChanged = [this]() {
         scripts->followOperator();
+        operators->updateScriptButtons();
         scriptTextChanged();
     };
     table->applyObserver = [this](image *target, int id, bool begins) {

@@ -96,6 +96,8 @@ TEST_F(PreferencesTest, HasAFieldForWhateverAPersonSetsAndSaysWhatItIs)
                                    "backBlue",
                                    "blendMode",
                                    "rgbaDepth",
+                                   "splitPlace",
+                                   "opFavOn",
                                    "maskWithTargetAlpha"};
     for (const Workspace::Setting &setting : ws.settings()) {
         if (elsewhere.contains(setting.key))

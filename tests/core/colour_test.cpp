@@ -70,7 +70,7 @@ TEST(Colour, KnownColours)
         {"green ties on red and blue", {0, 65535, 0}, {120, 100, 100}, {120, 100, 50}},
         {"magenta", {65535, 0, 65535}, {300, 100, 100}, {300, 100, 50}},
         // Orange is a third of the way by this program's sectors, a half by the usual ones.
-        {"orange", {65535, 32767.5, 0}, {40, 100, 100}, {30, 100, 50}},
+        {"orange", {65535, 32767.5, 0}, {40, 100, 100}, {40, 100, 50}},
         {"pale, above the turn", {65535, 49151.25, 49151.25}, {0, 25, 100}, {0, 100, 87.5}},
     };
     for (const auto &one : cases) {

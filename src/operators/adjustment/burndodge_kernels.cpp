@@ -50,6 +50,7 @@ void burnSpan(const MixSpan &span, const BlendPass &pass, int amount)
                 return;
             }
             ResultBlock results;
+            results.wholeNumbers = true;
             burnResults(block.red, depth, results.red, block.count);
             burnResults(block.green, depth, results.green, block.count);
             burnResults(block.blue, depth, results.blue, block.count);

@@ -90,8 +90,15 @@ void ContrastBrightness::apply(image *target, image *)
     const std::pair<bool, uint16_t *> channels[] = {{red, space ? space->colorMapRed : nullptr},
                                                     {green, space ? space->colorMapGreen : nullptr},
                                                     {blue, space ? space->colorMapBlue : nullptr}};
-    for (const auto &[chosen, table] : channels)
-        for (int i = 0; chosen && table && i < kLookupEntries; ++i)
+    const uint16_t *made = nullptr; // the first of the chosen, of which the others are copies
+    for (const auto &[chosen, table] : channels) {
+        if (!chosen || !table)
+            continue;
+        for (int i = 0; !made && i < kLookupEntries; ++i)
             table[i] = lutEntry((i - c) * k + c + brightness / 100.0 * 65535);
+        if (made)
+            std::copy_n(made, kLookupEntries, table);
+        made = table;
+    }
     applyLut(target);
 }

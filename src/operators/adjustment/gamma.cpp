@@ -21,7 +21,7 @@ constexpr int kMostDigits = 17;
 double fieldOf(double gamma)
 {
     constexpr double grid = 1e12;
-    return std::clamp(std::round((gamma - kLeast) / kSpan * 100 * grid) / grid, 0.0, 100.0);
+    return std::round((gamma - kLeast) / kSpan * 100 * grid) / grid;
 }
 } // namespace
 
@@ -108,7 +108,7 @@ bool Gamma::readArguments(int argc, const QStringList &args, QString *usageText)
     double gamma = 0;
     if (argc != 1 || args.size() < 1 || !doubleParam(args.at(0), kLeast, kMost, &gamma))
         return false;
-    field = fieldOf(gamma);
+    field = std::clamp(fieldOf(gamma), 0.0, 100.0);
     showFields();
     showGamma();
     return true;

@@ -3,6 +3,8 @@
 
 #include "operators/pipeline/blendspan_inline.h"
 
+#include <initializer_list>
+
 namespace
 {
 constexpr double kFull = 65535.0;
@@ -92,11 +94,11 @@ void mixAlphaSpan(const MixSpan &span, AlphaRule rule, int amount)
 
 void alphaToRgbSpan(const MixSpan &span, const BlendPass &pass)
 {
-    inlined::blendSpan(
-        span, pass, [](const MixSpan &block, ResultBlock *results) KESTRANE_INLINE_LAMBDA {
-            const uint16_t *__restrict__ alpha = block.alpha;
-            for (ptrdiff_t i = 0; i < block.count; ++i)
-                results->red[i] = results->green[i] = results->blue[i] = double(int(alpha[i]));
-        });
+    inlined::blendSpan(span, pass,
+                       [](const MixSpan &block, ResultBlock *results) KESTRANE_INLINE_LAMBDA {
+                           results->wholeNumbers = true;
+                           for (double *plane : {results->red, results->green, results->blue})
+                               inlined::widen(block.alpha, plane, block.count);
+                       });
 }
 } // namespace KERNEL_NAMESPACE

@@ -29,6 +29,7 @@ void fillSpan(const MixSpan &span, const BlendPass &pass, const Rgb &colour)
 {
     inlined::overBlocks(span, [&](const MixSpan &block, inlined::Weight) KESTRANE_INLINE_LAMBDA {
         ResultBlock results;
+        results.wholeNumbers = true;
         fillResults(block.mask, colour.red, results.red, block.count);
         fillResults(block.mask, colour.green, results.green, block.count);
         fillResults(block.mask, colour.blue, results.blue, block.count);

@@ -40,6 +40,8 @@ public:
     void schedulePreview();
     /// Whether such a refresh is still to come.
     bool previewPending() const { return refreshTimer.isActive(); }
+    /// The text of the Script operator is another: which buttons can do something follows.
+    void updateScriptButtons();
     /// A key was typed that nothing else wanted: chooses the operator whose hotkey it is.
     bool hotkeyPressed(const QString &text);
     /// Dialog settings (opsX2Preview, opsX, opsY, the custom colours) in the table's store.
@@ -182,7 +184,6 @@ private:
     void rowChosen(int row);
     bool isChoosable(int row) const;
     Script *scriptOperator() const;
-    void updateScriptButtons();
     void fitScriptButtons();
 
     /// The crop or thumbnail that a preview starts from, and where it goes.

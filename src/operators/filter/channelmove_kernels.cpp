@@ -3,16 +3,6 @@
 
 #include "operators/pipeline/blendspan_inline.h"
 
-namespace
-{
-KESTRANE_ALWAYS_INLINE void widen(const uint16_t *__restrict__ plane, double *__restrict__ results,
-                                  ptrdiff_t count)
-{
-    for (ptrdiff_t i = 0; i < count; ++i)
-        results[i] = double(int(plane[i]));
-}
-} // namespace
-
 namespace KERNEL_NAMESPACE
 {
 void moveChannelsSpan(const MixSpan &span, const ChannelOrder &order, const BlendPass &pass)
@@ -20,9 +10,10 @@ void moveChannelsSpan(const MixSpan &span, const ChannelOrder &order, const Blen
     inlined::blendSpan(span, pass,
                        [&order](const MixSpan &block, ResultBlock *results) KESTRANE_INLINE_LAMBDA {
                            const uint16_t *const planes[] = {block.red, block.green, block.blue};
-                           widen(planes[order.red], results->red, block.count);
-                           widen(planes[order.green], results->green, block.count);
-                           widen(planes[order.blue], results->blue, block.count);
+                           results->wholeNumbers = true;
+                           inlined::widen(planes[order.red], results->red, block.count);
+                           inlined::widen(planes[order.green], results->green, block.count);
+                           inlined::widen(planes[order.blue], results->blue, block.count);
                        });
 }
 } // namespace KERNEL_NAMESPACE

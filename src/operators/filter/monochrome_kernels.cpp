@@ -3,6 +3,8 @@
 
 #include "operators/pipeline/linearmix_inline.h"
 
+#include <initializer_list>
+
 namespace
 {
 /// Writes at most inlined::kBlock greys.
@@ -21,12 +23,18 @@ void greysOf(const MixSpan &block, const GreyWeights &weights, uint16_t *__restr
     }
 }
 
-void mixPlane(uint16_t *__restrict__ plane, const uint16_t *__restrict__ greys,
-              const uint16_t *__restrict__ mask, ptrdiff_t count)
+void mixGreys(const MixSpan &block, const uint16_t *__restrict__ greys)
 {
-    for (ptrdiff_t i = 0; i < count; ++i) {
+    uint16_t *__restrict__ red = block.red;
+    uint16_t *__restrict__ green = block.green;
+    uint16_t *__restrict__ blue = block.blue;
+    const uint16_t *__restrict__ mask = block.mask;
+    for (ptrdiff_t i = 0; i < block.count; ++i) {
         const double m = inlined::shareOfFull(double(int(mask[i])));
-        plane[i] = inlined::mixedLinearly(plane[i], double(int(greys[i])), m);
+        const double grey = double(int(greys[i]));
+        red[i] = inlined::mixedLinearly(red[i], grey, m);
+        green[i] = inlined::mixedLinearly(green[i], grey, m);
+        blue[i] = inlined::mixedLinearly(blue[i], grey, m);
     }
 }
 } // namespace
@@ -39,14 +47,13 @@ void greySpan(const MixSpan &span, const GreyWeights &weights)
         span, [&](const MixSpan &block, inlined::Weight weight) KESTRANE_INLINE_LAMBDA {
             uint16_t greys[inlined::kBlock];
             greysOf(block, weights, greys);
-            uint16_t *const planes[] = {block.red, block.green, block.blue};
-            for (uint16_t *plane : planes) {
-                // Under a full mask the mix is old * 0 + grey * 1.
-                if (weight == inlined::Weight::Full)
-                    __builtin_memcpy(plane, greys, size_t(block.count) * sizeof(uint16_t));
-                else
-                    mixPlane(plane, greys, block.mask, block.count);
+            if (weight != inlined::Weight::Full) {
+                mixGreys(block, greys);
+                return;
             }
+            // Under a full mask the mix is old * 0 + grey * 1.
+            for (uint16_t *plane : {block.red, block.green, block.blue})
+                __builtin_memcpy(plane, greys, size_t(block.count) * sizeof(uint16_t));
         });
 }
 } // namespace KERNEL_NAMESPACE
