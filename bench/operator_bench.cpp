@@ -85,12 +85,29 @@ bool matches(const image &before, const image &after, const Work &work)
     return true;
 }
 
-/// An operator under one mask and Blend Mode. The picture is what the run before left of it:
-/// the time does not depend on the samples.
-BenchCase operatorCase(const Work &work, Mask mask, int mode = kBlendMatte)
+/// What the picture holds. Noise is the worst case of a look-up table, which is then read all
+/// over; shades with a little grain are what photographs have.
+enum class Content { Noise, Shades };
+
+std::shared_ptr<image> pictureOf(Content content, Mask mask)
+{
+    std::shared_ptr<image> picture = benchImage(mask);
+    for (int64_t i = 0; content == Content::Shades && i < picture->sampleCount(); ++i) {
+        const uint32_t grain = uint32_t(i) * 2654435761U >> 23;
+        const auto x = uint32_t(i % picture->width), y = uint32_t(i / picture->width);
+        picture->red[i] = uint16_t(x * 11 + y * 3 + grain);
+        picture->green[i] = uint16_t(x * 11 + y * 4 + grain);
+        picture->blue[i] = uint16_t(x * 11 + y * 5 + grain);
+    }
+    return picture;
+}
+
+/// An operator under one mask and Blend Mode.
+BenchCase operatorCase(const Work &work, Mask mask, int mode = kBlendMatte,
+                       Content content = Content::Noise)
 {
     OpWrapper *op = operatorOf(work.line);
-    std::shared_ptr<image> picture = benchImage(mask);
+    std::shared_ptr<image> picture = pictureOf(content, mask);
     BenchCase one;
     one.run = [op, picture, mode] {
         workspace()->blendMode = mode;
@@ -108,9 +125,7 @@ BenchCase operatorCase(const Work &work, Mask mask, int mode = kBlendMatte)
         workspace()->blendMode = kBlendMatte;
         return right;
     };
-    one.reset = [picture, fresh = std::shared_ptr<image>(benchImage(mask))] {
-        copyFivePlanes(*fresh, *picture);
-    };
+    one.reset = [picture, fresh = pictureOf(content, mask)] { copyFivePlanes(*fresh, *picture); };
     return one;
 }
 
@@ -255,6 +270,10 @@ void registerPlainWork()
     registerWork("negative/soft", 1.5, kNegative, kSoft);
     registerWork("contbrit/full", 1.0, kContrast, kFull);
     registerWork("contbrit/soft", 2.5, kContrast, kSoft);
+    registerRatio("contbrit/full, shades", 1.0,
+                  [] { return operatorCase(kContrast, kFull, kBlendMatte, Content::Shades); });
+    registerRatio("contbrit/soft, shades", 2.5,
+                  [] { return operatorCase(kContrast, kSoft, kBlendMatte, Content::Shades); });
     registerWork("burn/full", 2.0, kBurn, kFull);
     registerWork("dodge/full", 2.0, kDodge, kFull);
     registerWork("dodge/soft", 2.0, kDodge, kSoft);

@@ -41,7 +41,10 @@ void MainWindow::digitAction(int entry)
 
 void MainWindow::on_actionOperator_Favorites_triggered(bool on)
 {
-    favorites->setVisible(on);
+    if (on)
+        favorites->show();
+    else
+        favorites->close();
 }
 
 void MainWindow::on_actionSplit_View_triggered(bool on)
@@ -64,7 +67,7 @@ void MainWindow::dropperPicked(image *img, const QRect &samples)
     if (!validImage(img) || !gatherStatistics(*img, samples, found.data()))
         return;
     std::copy(found.begin(), found.end(), sampleStatistics);
-    statusText(tr("Average of %1 x %2 samples: %3, %4, %5")
+    statusText(tr("%1 x %2 samples: %3, %4, %5")
                    .arg(samples.width())
                    .arg(samples.height())
                    .arg(found[6])

@@ -20,7 +20,8 @@
 namespace
 {
 constexpr int kNarrowColumns = 1, kWideColumns = 3;
-constexpr int kNarrowLetters = 14; ///< wide enough to tell most operators apart
+constexpr int kNarrowLetters = 28; ///< wide enough for the operators' names and the title
+constexpr int kGap = 12;           ///< from the window below which it first appears
 
 QString slotKey(int number)
 {
@@ -174,6 +175,8 @@ void OpFavorites::save() const
     for (int number = 1; number <= kSlots; ++number)
         store->setValue(slotKey(number), favorite(number));
     store->setValue(QStringLiteral("opwide"), wide);
+    if (!placed) // where it never was says nothing
+        return;
     store->setValue(QStringLiteral("opfavx"), x());
     store->setValue(QStringLiteral("opfavy"), y());
 }
@@ -186,12 +189,31 @@ void OpFavorites::restorePlace()
     const QPoint place(table->store->value(QStringLiteral("opfavx")).toInt(&isX),
                        table->store->value(QStringLiteral("opfavy")).toInt(&isY));
     // A place on a screen that is gone would hide the panel for good.
-    if (isX && isY && QGuiApplication::screenAt(place + QPoint(20, 20)))
-        move(place);
+    if (!isX || !isY || !QGuiApplication::screenAt(place + QPoint(20, 20)))
+        return;
+    move(place);
+    placed = true;
+}
+
+/// Below the window that it belongs to, or as low as the screen lets it.
+void OpFavorites::placeFirst()
+{
+    const QWidget *owner = parentWidget() ? parentWidget()->window() : nullptr;
+    const QScreen *shownOn = owner ? owner->screen() : nullptr;
+    if (!shownOn)
+        return;
+    const QRect desk = shownOn->availableGeometry();
+    const QMargins frame(0, owner->geometry().top() - owner->frameGeometry().top(), 0, kGap);
+    const int lowest = desk.bottom() - sizeHint().height() - frame.top() - frame.bottom();
+    const int below = owner->frameGeometry().bottom() + kGap;
+    move(owner->x(), std::max(desk.top(), std::min(below, lowest)));
 }
 
 void OpFavorites::showEvent(QShowEvent *event)
 {
+    if (!placed)
+        placeFirst();
+    placed = true;
     QDialog::showEvent(event);
     workspace()->favoritesShown = true;
     emit shownChanged(true);

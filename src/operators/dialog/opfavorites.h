@@ -46,6 +46,7 @@ protected:
 private:
     void load();
     void restorePlace();
+    void placeFirst();
     void press(int number);
     void showMenu(int number, const QPoint &place);
     void setWide(bool on);
@@ -59,4 +60,5 @@ private:
     std::array<QPushButton *, kSlots> buttons{};
     std::array<QString, kSlots> names;
     bool wide = false;
+    bool placed = false; ///< it was shown, or stands where the settings say
 };
