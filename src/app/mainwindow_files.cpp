@@ -183,8 +183,7 @@ void MainWindow::openLater(const QStringList &paths)
     openQueue += paths;
 }
 
-QString MainWindow::askFile(QWidget *parent, const QString &title, const QString &filter,
-                            bool save)
+QString MainWindow::askFile(QWidget *parent, const QString &title, const QString &filter, bool save)
 {
     // Files of one kind share a folder and a look of the dialog, whoever asks for them.
     const std::vector<FileBag *> bags = fileBags();

@@ -28,26 +28,43 @@ KESTRANE_ALWAYS_INLINE Hsv rgbToHsv(Rgb c)
             clampRange(most * 100.0 / 65535.0, 0.0, 100.0)};
 }
 
+/// Where a hue stands in its sector of 120 degrees: how far from its nearer and its further
+/// end. There the channel of that end is the largest, and the third lies between.
+struct HuePlace {
+    KESTRANE_ALWAYS_INLINE explicit HuePlace(double hue) : h(hue)
+    {
+        const double start = h <= 120.0 ? 0.0 : h <= 240.0 ? 120.0 : 240.0;
+        const double after = h - start;
+        const double before = start + 120.0 - h;
+        early = after <= 60.0;
+        nearer = early ? after : before;
+        further = early ? before : after;
+    }
+    /// The three channels in their places.
+    KESTRANE_ALWAYS_INLINE Rgb join(double top, double between, double bottom) const
+    {
+        const double first = early ? top : between;
+        const double second = early ? between : top;
+        if (h <= 120.0)
+            return {first, second, bottom};
+        if (h <= 240.0)
+            return {bottom, first, second};
+        return {second, bottom, first};
+    }
+    double h, nearer, further;
+    bool early;
+};
+
 KESTRANE_ALWAYS_INLINE Rgb hsvToRgb(Hsv c)
 {
-    const double h = c.hue;
     const double m = (100.0 - c.saturation) * c.value / 100.0;
     const double d = c.value - m;
     const double top = clampSampleValue(c.value * 65535.0 / 100.0);
     const double bottom = clampSampleValue(m * 65535.0 / 100.0);
-    const double start = h <= 120.0 ? 0.0 : h <= 240.0 ? 120.0 : 240.0;
-    const double after = h - start;
-    const double before = start + 120.0 - h;
-    const bool early = after <= 60.0;
-    const double part = d * (early ? after : before) / (early ? before : after);
+    const HuePlace place(c.hue);
+    const double part = d * place.nearer / place.further;
     const double x = clampSampleValue((m + part) * 65535.0 / 100.0);
-    const double first = early ? top : x;
-    const double second = early ? x : top;
-    if (h <= 120.0)
-        return {first, second, bottom};
-    if (h <= 240.0)
-        return {bottom, first, second};
-    return {second, bottom, first};
+    return place.join(top, x, bottom);
 }
 
 /// The hue is that of rgbToHsv. Lightness 50 is the turning point of the saturation.
@@ -66,25 +83,15 @@ KESTRANE_ALWAYS_INLINE Hsl rgbToHsl(Rgb c)
 /// and saturation stand for.
 KESTRANE_ALWAYS_INLINE Rgb hslToRgb(Hsl c)
 {
-    const double h = c.hue;
     const double sum = c.lightness * 131070.0 / 100.0;
     const double span = c.saturation * (c.lightness < 50.0 ? sum : 131070.0 - sum) / 100.0;
     const double least = (sum - span) / 2.0;
     const double top = clampSampleValue((sum + span) / 2.0);
     const double bottom = clampSampleValue(least);
-    const double start = h <= 120.0 ? 0.0 : h <= 240.0 ? 120.0 : 240.0;
-    const double after = h - start;
-    const double before = start + 120.0 - h;
-    const bool early = after <= 60.0;
-    const double part = span * (early ? after : before) / (early ? before : after);
+    const HuePlace place(c.hue);
+    const double part = span * place.nearer / place.further;
     const double x = clampSampleValue(least + part);
-    const double first = early ? top : x;
-    const double second = early ? x : top;
-    if (h <= 120.0)
-        return {first, second, bottom};
-    if (h <= 240.0)
-        return {bottom, first, second};
-    return {second, bottom, first};
+    return place.join(top, x, bottom);
 }
 
 KESTRANE_ALWAYS_INLINE Yrb rgbToYrb(Rgb c)

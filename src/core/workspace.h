@@ -94,16 +94,16 @@ public:
     bool selectMode = false;
     bool thumbnail = true; ///< the preview shows the whole image
     bool opsX2Preview = false;
-    bool splitView = false;            ///< "Before | after" in the current image window
-    int splitPlace = 50;               ///< of its border, in per cent of the window's width
-    int histogramChannel = 0;          ///< 0 all colours, 1 red, 2 green, 3 blue, 4 luma
-    bool histogramLog = false;         ///< the histogram's height is logarithmic
-    bool confirmClearScript = true;    ///< "Clear Script" asks before it erases
-    bool showBuiltScript = false;      ///< a line built from an operator shows the Script page
-    bool favoritesShown = false;       ///< the panel of favourite operators
-    int dropperSize = 5;               ///< side of the square that the eyedropper reads
-    int mainOpIndex = 0;                          ///< id of the current operator, 0 for none
-    int foreRed = 0, foreGreen = 0, foreBlue = 0; ///< 16-bit components
+    bool splitView = false;         ///< "Before | after" in the current image window
+    int splitPlace = 50;            ///< of its border, in per cent of the window's width
+    int histogramChannel = 0;       ///< 0 all colours, 1 red, 2 green, 3 blue, 4 luma
+    bool histogramLog = false;      ///< the histogram's height is logarithmic
+    bool confirmClearScript = true; ///< "Clear Script" asks before it erases
+    bool showBuiltScript = false;   ///< a line built from an operator shows the Script page
+    bool favoritesShown = false;    ///< the panel of favourite operators
+    int dropperSize = 5;            ///< side of the square that the eyedropper reads
+    int mainOpIndex = 0;            ///< id of the current operator, 0 for none
+    int foreRed = 0, foreGreen = 0, foreBlue = 0;             ///< 16-bit components
     int backRed = 65535, backGreen = 65535, backBlue = 65535; ///< 16-bit components
     int blendMode = 0;                ///< 0 to 10; not stored, 0 at each start
     int rgbaDepth = 64;               ///< answer of the batch tool to the depth question

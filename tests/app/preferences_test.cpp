@@ -78,27 +78,13 @@ protected:
 TEST_F(PreferencesTest, HasAFieldForWhateverAPersonSetsAndSaysWhatItIs)
 {
     // What tools and dialogs keep for themselves.
-    const QStringList elsewhere = {"scaleMemory",
-                                   "tMode",
-                                   "tAmplitude",
-                                   "tFloor",
-                                   "tFactor",
-                                   "invertSelection",
-                                   "selectMode",
-                                   "thumbnail",
-                                   "opsX2Preview",
-                                   "mainOpIndex",
-                                   "foreRed",
-                                   "foreGreen",
-                                   "foreBlue",
-                                   "backRed",
-                                   "backGreen",
-                                   "backBlue",
-                                   "blendMode",
-                                   "rgbaDepth",
-                                   "splitPlace",
-                                   "opFavOn",
-                                   "maskWithTargetAlpha"};
+    const QStringList elsewhere = {"scaleMemory", "tMode",     "tAmplitude",
+                                   "tFloor",      "tFactor",   "invertSelection",
+                                   "selectMode",  "thumbnail", "opsX2Preview",
+                                   "mainOpIndex", "foreRed",   "foreGreen",
+                                   "foreBlue",    "backRed",   "backGreen",
+                                   "backBlue",    "blendMode", "rgbaDepth",
+                                   "splitPlace",  "opFavOn",   "maskWithTargetAlpha"};
     for (const Workspace::Setting &setting : ws.settings()) {
         if (elsewhere.contains(setting.key))
             continue;
