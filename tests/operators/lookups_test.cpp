@@ -202,7 +202,6 @@ const auto darken = [](const Given &g, int) {
 };
 const auto floorCut = [](const Given &g, int) { return cut(g, true); };
 const auto ceilingCut = [](const Given &g, int) { return cut(g, false); };
-const auto same = [](const Given &, int) { return identity(); };
 
 const Look kLooks[] = {
     {"contbrit 30 -20 40 1 0 1", "ContrastMultiplier=1", false, contrast1},
@@ -236,7 +235,11 @@ const Look kLooks[] = {
     {"forcedynamic 0 0", "", true, force, {9, 9, 9, 9, 9, 9, 9, 9, 9}},
     {"whitebalance", "WhiteBalanceDirect=0", false,
      [](const Given &, int c) { return balance(30000, 10000, 20000, c); }},
-    {"whitebalance", "WhiteBalanceDirect=0", false, same, {}},
+    {"whitebalance",
+     "WhiteBalanceDirect=0",
+     false,
+     [](const Given &, int c) { return balance(0, 0, 0, c); },
+     {}},
     {"whitebalance", "WhiteBalanceDirect=1;WhiteBalanceRed=250;WhiteBalanceGreen=0", false,
      [](const Given &, int c) { return balance(250 * 257, 0, 128 * 257, c); }},
 };

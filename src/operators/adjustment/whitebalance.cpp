@@ -62,18 +62,25 @@ void WhiteBalance::apply(image *target, image *)
     Workspace *space = workspace();
     if (!space)
         return;
-    resetLut();
     const int32_t *kept = space->sampleStatistics;
-    const bool sampled = std::any_of(kept, kept + 9, [](int32_t value) { return value != 0; });
-    // Before anything was sampled there is no reference: the tables stay as they are.
-    if (direct)
-        fillTables(space, {red * 257.0, green * 257.0, blue * 257.0});
-    else if (sampled)
-        fillTables(space, {double(kept[6]), double(kept[7]), double(kept[8])});
+    // A black reference, and one that was never read, divides by 0: all becomes black.
+    fillTables(space, direct ? Reference{red * 257.0, green * 257.0, blue * 257.0}
+                             : Reference{double(kept[6]), double(kept[7]), double(kept[8])});
     applyLut(target);
     // The preview comes here after the eyedropper has read: the page shows what it found.
     if (OpPage *page = QThread::currentThread() == thread() ? ownPage() : nullptr)
-        page->setLabel(readingLabel, statisticsText());
+        page->setLabel(readingLabel, readingText());
+}
+
+/// What was read, or what to do where nothing was.
+QString WhiteBalance::readingText() const
+{
+    const int32_t *kept = workspace() ? workspace()->sampleStatistics : nullptr;
+    const bool sampled =
+        kept && std::any_of(kept, kept + 9, [](int32_t value) { return value != 0; });
+    return sampled || direct ? statisticsText()
+                             : tr("Nothing was sampled yet, and without a<br>reference all turns "
+                                  "black: point the<br>eyedropper at something grey.");
 }
 
 void WhiteBalance::build(OpPage *page)
@@ -83,7 +90,7 @@ void WhiteBalance::build(OpPage *page)
     DeclaredOp::build(page);
     page->addButton(tr("Eyedropper"), false);
     page->addButton(tr("Sample…"), true);
-    readingLabel = page->addLabel(statisticsText(), OpPage::LabelAlign::Left, true);
+    readingLabel = page->addLabel(readingText(), OpPage::LabelAlign::Left, true);
 }
 
 int WhiteBalance::button(int index)

@@ -18,5 +18,7 @@ public:
     int32_t red, green, blue; ///< 0 to 255
 
 private:
+    QString readingText() const;
+
     int readingLabel = -1;
 };
