@@ -99,17 +99,17 @@ struct Multiply {
 /// weight of 1. Choices at the end would have compilers divide and take roots twice.
 template <bool wholeNumbers>
 struct Divide {
-    static constexpr bool kManyTerms = true;
     KESTRANE_ALWAYS_INLINE static double whole(double a, double b)
     {
         const bool none = b < 1.0;
         const double quotient = lesser(a / share<wholeNumbers>(none ? 1.0 : b), kFull);
         return none ? kFull : quotient;
     }
-    KESTRANE_ALWAYS_INLINE static double mix(double a, double b, double t)
+    /// The mix before its root.
+    KESTRANE_ALWAYS_INLINE static double square(double a, double b, double t)
     {
-        const double quotient = whole(a, b);
-        return rootMix(quotient * quotient, a, b < 1.0 ? 1.0 : t);
+        const double quotient = whole(a, b), weight = b < 1.0 ? 1.0 : t;
+        return weight * (quotient * quotient) + (1.0 - weight) * a * a;
     }
 };
 
@@ -124,32 +124,26 @@ KESTRANE_ALWAYS_INLINE uint16_t stored(double value)
     return uint16_t(int(value));
 }
 
-/// The other way round of widen().
-void narrow(const double *__restrict__ wide, uint16_t *__restrict__ plane, ptrdiff_t count)
-{
-    for (ptrdiff_t i = 0; i < count; ++i)
-        plane[i] = stored(wide[i]);
-}
-
 /// One plane of a block under weights of its own.
 template <class Mode, bool reversed>
 void mixPlane(uint16_t *__restrict__ plane, const double *__restrict__ results,
               const double *__restrict__ weights, ptrdiff_t count)
 {
-    if constexpr (!requires { Mode::kManyTerms; }) {
+    if constexpr (!requires { Mode::square(0.0, 0.0, 0.0); }) {
         for (ptrdiff_t i = 0; i < count; ++i) {
             const double old = double(int(plane[i]));
             plane[i] = stored(reversed ? Mode::mix(results[i], old, 1.0 - weights[i])
                                        : Mode::mix(old, results[i], weights[i]));
         }
-        return;
+    } else { // too many terms for one loop with samples at both of its ends
+        double squares[ResultBlock::kSize];
+        inlined::widen(plane, squares, count);
+        for (ptrdiff_t i = 0; i < count; ++i)
+            squares[i] = reversed ? Mode::square(results[i], squares[i], 1.0 - weights[i])
+                                  : Mode::square(squares[i], results[i], weights[i]);
+        for (ptrdiff_t i = 0; i < count; ++i)
+            plane[i] = stored(__builtin_sqrt(squares[i]));
     }
-    double mixed[ResultBlock::kSize];
-    inlined::widen(plane, mixed, count);
-    for (ptrdiff_t i = 0; i < count; ++i)
-        mixed[i] = reversed ? Mode::mix(results[i], mixed[i], 1.0 - weights[i])
-                            : Mode::mix(mixed[i], results[i], weights[i]);
-    narrow(mixed, plane, count);
 }
 
 /// One plane of a fully selected block, where the old sample comes first.
@@ -302,18 +296,35 @@ void lookUpSoftly(const uint16_t *__restrict__ table, uint16_t *__restrict__ pla
                 stored(Matte::mix(double(int(plane[i])), double(int(table[plane[i]])), weights[i]));
 }
 
-void replace(const uint16_t *__restrict__ table, uint16_t *__restrict__ plane, ptrdiff_t count)
+constexpr ptrdiff_t kLine = 32; ///< samples of a cache line
+/// So far ahead samples are asked for. The loads through a table keep the processor from seeing
+/// that far by itself.
+constexpr ptrdiff_t kAhead = 24 * kLine;
+
+/// `next`, where not null, is asked for on the way: it is what will be read after this.
+void replace(const uint16_t *__restrict__ table, uint16_t *__restrict__ plane, ptrdiff_t count,
+             const uint16_t *next = nullptr)
 {
-    // The loads through the table keep the processor from seeing far ahead in the plane.
-    constexpr ptrdiff_t line = 32, ahead = 24 * line;
     ptrdiff_t i = 0;
-    for (; i + line <= count; i += line) {
-        __builtin_prefetch(plane + i + ahead, 1);
-        for (ptrdiff_t j = i; j < i + line; ++j)
+    for (; i + kLine <= count; i += kLine) {
+        __builtin_prefetch(plane + i + kAhead, 1);
+        if (next)
+            __builtin_prefetch(next + i);
+        for (ptrdiff_t j = i; j < i + kLine; ++j)
             plane[j] = table[plane[j]];
     }
     for (; i < count; ++i)
         plane[i] = table[plane[i]];
+}
+
+void fetchAhead(const MixSpan &block)
+{
+    for (ptrdiff_t i = 0; i < block.count; i += kLine) {
+        __builtin_prefetch(block.red + i + kAhead, 1);
+        __builtin_prefetch(block.green + i + kAhead, 1);
+        __builtin_prefetch(block.blue + i + kAhead, 1);
+        __builtin_prefetch(block.mask + i + 2 * kAhead);
+    }
 }
 
 /// Hue and saturation of a block, and the largest channel of each pixel.
@@ -359,6 +370,7 @@ void lookUpBlocks(const MixSpan &span, const LookupTables &tables, const BlendPa
             if (keeps && weight == inlined::Weight::None)
                 return;
             if (plain) {
+                fetchAhead(block);
                 double weights[ResultBlock::kSize];
                 weightsOf(block, pass, weights);
                 lookUpSoftly(tables.red, block.red, weights, block.count, pass.reversed);
@@ -395,14 +407,14 @@ void blendBlock(const MixSpan &block, const ResultBlock &results, const BlendPas
 
 void lookupSpan(const MixSpan &span, const LookupTables &tables, const BlendPass &pass)
 {
-    constexpr ptrdiff_t chunk = 16 * inlined::kBlock;
+    constexpr ptrdiff_t chunk = 4 * inlined::kBlock;
     const bool plain = pass.mode == kBlendMatte && !pass.skipsUnseen && !pass.throughAlpha;
     for (ptrdiff_t at = 0; at < span.count; at += chunk) {
         const MixSpan part = span.part(at, span.count - at < chunk ? span.count - at : chunk);
         // The mix of squares at full weight is the root of the new sample's square. One table
         // after the other over a long run: each then stays near the processor.
         if (plain && inlined::weightOf(part.mask, part.count) == inlined::Weight::Full) {
-            replace(tables.red, part.red, part.count);
+            replace(tables.red, part.red, part.count, part.mask + part.count);
             replace(tables.green, part.green, part.count);
             replace(tables.blue, part.blue, part.count);
         } else {

@@ -31,15 +31,25 @@ KESTRANE_ALWAYS_INLINE void mixChannels(const MixSpan &span, const Rule &rule)
             store(block.blue, block.count);
             return;
         }
+        // First what the rule makes, in vectors of samples; then the mix, in vectors of doubles.
+        uint16_t made[3][kBlock];
+        const auto make = [&rule](const uint16_t *__restrict__ plane, uint16_t *__restrict__ out,
+                                  ptrdiff_t count) KESTRANE_INLINE_LAMBDA {
+            for (ptrdiff_t i = 0; i < count; ++i)
+                out[i] = rule(plane[i]);
+        };
+        make(block.red, made[0], block.count);
+        make(block.green, made[1], block.count);
+        make(block.blue, made[2], block.count);
         uint16_t *__restrict__ red = block.red;
         uint16_t *__restrict__ green = block.green;
         uint16_t *__restrict__ blue = block.blue;
         const uint16_t *__restrict__ mask = block.mask;
         for (ptrdiff_t i = 0; i < block.count; ++i) {
             const double m = shareOfFull(double(int(mask[i])));
-            red[i] = mixedLinearly(red[i], double(int(rule(red[i]))), m);
-            green[i] = mixedLinearly(green[i], double(int(rule(green[i]))), m);
-            blue[i] = mixedLinearly(blue[i], double(int(rule(blue[i]))), m);
+            red[i] = mixedLinearly(red[i], double(int(made[0][i])), m);
+            green[i] = mixedLinearly(green[i], double(int(made[1][i])), m);
+            blue[i] = mixedLinearly(blue[i], double(int(made[2][i])), m);
         }
     });
 }
