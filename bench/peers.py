@@ -134,7 +134,11 @@ def table(rows):
     kept = True
     for what, own, peer, theirs, limit in rows:
         ratio = own / theirs
+        figures = f"{what + ' / ' + peer:26}{own:9.2f}s{theirs:9.2f}s{ratio:8.2f}"
+        if limit is None:
+            print(f"{figures}    none")
+            continue
         kept = kept and ratio <= limit
         mark = "within" if ratio <= limit else "OVER"
-        print(f"{what + ' / ' + peer:26}{own:9.2f}s{theirs:9.2f}s{ratio:8.2f}{limit:8.2f}  {mark}")
+        print(f"{figures}{limit:8.2f}  {mark}")
     return kept
