@@ -42,20 +42,6 @@ void require(bool condition, const char *what)
         fail(what);
 }
 
-/// A file in memory with this content. One name each, so that old ones do not pile up.
-QString inputFile(const char *extension, const uint8_t *data, size_t size)
-{
-    const QString memory = QStringLiteral("/dev/shm");
-    static const QTemporaryDir folder((QDir(memory).exists() ? memory : QDir::tempPath()) +
-                                      QStringLiteral("/kestrane-XXXXXX"));
-    const QString path = folder.filePath(QStringLiteral("input") + QLatin1String(extension));
-    QFile file(path);
-    require(file.open(QIODevice::WriteOnly) &&
-                file.write(reinterpret_cast<const char *>(data), qint64(size)) == qint64(size),
-            "no room for the input");
-    return path;
-}
-
 /// Readers need a workspace; a test has one, a fuzz target makes one.
 void needWorkspace()
 {
@@ -293,6 +279,20 @@ void fuzzDispatch(const uint8_t *data, size_t size)
                  [](const QString &path) { return loadImageFile(path, {}, nullptr, false); });
 }
 } // namespace
+
+// One name each, so that old ones do not pile up.
+QString inputFile(const char *extension, const uint8_t *data, size_t size)
+{
+    const QString memory = QStringLiteral("/dev/shm");
+    static const QTemporaryDir folder((QDir(memory).exists() ? memory : QDir::tempPath()) +
+                                      QStringLiteral("/kestrane-XXXXXX"));
+    const QString path = folder.filePath(QStringLiteral("input") + QLatin1String(extension));
+    QFile file(path);
+    require(file.open(QIODevice::WriteOnly) &&
+                file.write(reinterpret_cast<const char *>(data), qint64(size)) == qint64(size),
+            "no room for the input");
+    return path;
+}
 
 const std::vector<const char *> &dispatchExtensions()
 {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QString>
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -17,6 +19,9 @@ const std::vector<FuzzEntry> &fuzzEntries();
 /// Runs the entry of that name.
 void runFuzzEntry(const std::vector<FuzzEntry> &entries, const char *name, const uint8_t *data,
                   size_t size);
+
+/// A file in memory with this content; it stands until the next one of this extension.
+QString inputFile(const char *extension, const uint8_t *data, size_t size);
 
 /// Extensions that the first byte of a "dispatch" input chooses from.
 const std::vector<const char *> &dispatchExtensions();

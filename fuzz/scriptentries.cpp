@@ -7,6 +7,7 @@
 #include "core/undo.h"
 #include "core/workspace.h"
 #include "formats/readers.h"
+#include "operators/adjustment/tonecurve.h"
 #include "operators/base/operatortable.h"
 #include "operators/pipeline/colorblending.h"
 #include "operators/table/allops.h"
@@ -18,6 +19,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <vector>
 
 namespace
 {
@@ -162,11 +164,44 @@ void fuzzScriptRun(const uint8_t *data, size_t size)
     }
     require(memRecord.currentBlocks == before, "tracked memory was lost");
 }
+
+/// A curve from its file, which begins with a brace, or from its text. One that was taken is
+/// whole, and comes back from its text and from its own file.
+void fuzzCurve(const uint8_t *data, size_t size)
+{
+    const int64_t before = memRecord.currentBlocks;
+    {
+        const ImpatientWorkspace space;
+        ToneCurve curve, again;
+        QString error;
+        const bool isFile = size > 0 && data[0] == '{';
+        if (isFile ? curve.load(inputFile(".json", data, size), &error)
+                   : curve.setText(inputText(data, size))) {
+            require(curve.count() >= ToneCurve::kLeastKnots &&
+                        curve.count() <= ToneCurve::kMostKnots,
+                    "a wrong count");
+            std::vector<uint16_t> table(65536);
+            curve.fillTable(table.data());
+            require(again.setText(curve.text()) && again.text() == curve.text(),
+                    "a curve that its text does not give back");
+            const QString path = inputFile(".saved", data, 0);
+            require(curve.save(path, &error) && again.load(path, &error) &&
+                        again.text() == curve.text(),
+                    "a curve that cannot be saved and read again");
+        } else {
+            require(!isFile || !error.isEmpty(), "a refusal without a reason");
+            require(curve.text() == again.text(), "a refusal that left a rest");
+        }
+    }
+    require(memRecord.currentBlocks == before, "tracked memory was lost");
+}
 } // namespace
 
 const std::vector<FuzzEntry> &scriptFuzzEntries()
 {
-    static const std::vector<FuzzEntry> entries = {
-        {"exparser", fuzzExparser}, {"scripttext", fuzzScriptText}, {"scriptrun", fuzzScriptRun}};
+    static const std::vector<FuzzEntry> entries = {{"exparser", fuzzExparser},
+                                                   {"scripttext", fuzzScriptText},
+                                                   {"scriptrun", fuzzScriptRun},
+                                                   {"curve", fuzzCurve}};
     return entries;
 }
