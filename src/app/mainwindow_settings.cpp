@@ -159,6 +159,8 @@ void MainWindow::applySettings(const QStringList &keys)
         applyToolIcons();
     if (keys.contains(QLatin1String("recoveryMinutes")))
         recovery->setMinutes(recoveryMinutes);
+    if (keys.contains(QLatin1String("opFavOn")))
+        on_actionOperator_Favorites_triggered(favoritesShown);
     if (keys.contains(QLatin1String("recentLimit")))
         recentFiles.setLimit(recentLimit);
     if (keys.contains(QLatin1String("versionHost")))
