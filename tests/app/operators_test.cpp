@@ -38,9 +38,9 @@ TEST_F(OperatorsShell, AHotkeyTypedInAPictureChoosesItsOperator)
     main->operatorTable()->byScriptName("hue")->hotkey = "H";
     useOperator(*main, "negative");
     QApplication::setActiveWindow(window); // the dialog, where it is active, takes keys itself
-    QTest::keyClick(window, Qt::Key_H, Qt::ControlModifier | Qt::ShiftModifier);
+    QTest::keyClick(window, 'H', Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(main->operatorTable()->current()->scriptName, "negative");
-    QTest::keyClick(window, Qt::Key_H, Qt::ShiftModifier);
+    QTest::keyClick(window, 'H', Qt::ShiftModifier);
     EXPECT_EQ(main->operatorTable()->current()->scriptName, "hue");
 }
 
