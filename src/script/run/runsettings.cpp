@@ -23,8 +23,8 @@ constexpr uint32_t kFigures = of(kToolRectangle) | of(kToolNumericRectangle) | o
 constexpr uint32_t kSelecting = kFigures | of(kToolWand);
 constexpr uint32_t kWand = of(kToolWand);
 
-const char *const kStatistics = "sampleStatistics";
-const char *const kCurrentOperator = "mainOpIndex";
+constexpr const char *kStatistics = "sampleStatistics";
+constexpr const char *kCurrentOperator = "mainOpIndex";
 
 constexpr struct {
     const char *key;
