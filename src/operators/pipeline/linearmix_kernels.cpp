@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/pipeline/linearmix_kernels.h"
 
-#include "operators/pipeline/spans_inline.h"
+#include "operators/pipeline/linearmix_inline.h"
 
 namespace
 {
@@ -24,8 +24,6 @@ struct Complement {
     double result(double c) const { return kFull - c; }
 };
 
-/// The mix as it is defined. Both inputs lie within 0 to 65535 and the weights add up to
-/// 1, give or take a rounding, so the truncated value always fits a sample.
 template <class Rule>
 void mixSamples(const Rule &rule, const MixSpan &span)
 {
@@ -33,9 +31,8 @@ void mixSamples(const Rule &rule, const MixSpan &span)
     uint16_t *__restrict__ green = span.green;
     uint16_t *__restrict__ blue = span.blue;
     const uint16_t *__restrict__ mask = span.mask;
-    const auto mix = [&rule](uint16_t c, double m) {
-        const double old = double(int(c));
-        return uint16_t(int(old * (1.0 - m) + rule.result(old) * m));
+    const auto mix = [&rule](uint16_t c, double m) KESTRANE_INLINE_LAMBDA {
+        return inlined::mixedLinearly(c, rule.result(double(int(c))), m);
     };
     for (ptrdiff_t i = 0; i < span.count; ++i) {
         const double m = inlined::shareOfFull(double(int(mask[i])));

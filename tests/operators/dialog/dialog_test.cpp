@@ -5,6 +5,7 @@
 #include "operators/base/operatortable.h"
 #include "operators/base/oppage.h"
 #include "operators/dialog/colorwell.h"
+#include "operators/dialog/crange.h"
 #include "operators/dialog/histogramview.h"
 #include "operators/dialog/opfavorites.h"
 #include "operators/dialog/oppreview.h"
@@ -793,4 +794,14 @@ TEST_F(DialogTest, FavoritesAreMenuEntriesByName)
     EXPECT_FALSE(ws.favoritesShown);
     EXPECT_EQ(store.value("opfav01").toString(), QLatin1String("Exposure"));
     EXPECT_TRUE(store.value("opfav15").toString().isEmpty() && store.value("opwide").toBool());
+}
+
+TEST(RangeStrip, RunsThroughItsColoursFromLeftToRight)
+{
+    cRange strip([](double place) { return uint32_t(std::lround(255 * place)) << 16; }, 300);
+    EXPECT_EQ(strip.sizeHint(), QSize(300, 32));
+    strip.resize(258, 32);
+    const QImage shown = strip.grab().toImage();
+    for (int x : {3, 129, 254})
+        EXPECT_EQ(shown.pixelColor(x, 16), QColor(x - 1, 0, 0)) << x;
 }
